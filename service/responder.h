@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QPointer>
+#include <QString>
+
+#include <memory>
+
+namespace TWB::Common::Communication {
+class JsonLineSocket;
+}
+
+namespace TWB::Service {
+
+/// Answers one request, now or later. Copies share one reply: the first success() or fail() is sent,
+/// later ones are ignored. If every copy is gone without an answer, the client still gets a failure
+/// reply, so that no request is ever left without one.
+class Responder final
+{
+public:
+    Responder(TWB::Common::Communication::JsonLineSocket* client, const QString& id, const QString& command);
+
+    void success(const QJsonObject& data = QJsonObject()) const;
+    void fail(const QString& text, const QJsonObject& data = QJsonObject()) const;
+
+    QString command() const;
+    bool hasReplied() const;
+
+private:
+    struct State;
+    std::shared_ptr<State> m_state;
+};
+
+} // namespace TWB::Service

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/twbplatform_export.h"
+
+#include <QDebug>
+#include <QString>
+
+namespace TWL {
+
+/// Log front end of the product: one logger per category, five levels.
+/// Messages go through Qt's message handler, so they reach the terminal, the log file
+/// installed by installLogFile() and any handler a test puts in front.
+class TWBPLATFORM_EXPORT TwlDebug final
+{
+public:
+    explicit TwlDebug(const char* category = "TWB");
+
+    QDebug debug() const;
+    QDebug info() const;
+    /// Information that matters to support (start, stop, version): never filtered out of the log file.
+    QDebug infoH() const;
+    QDebug warning() const;
+    QDebug error() const;
+
+    /// Appends every message at info level and above (debug too when TWB_DEBUG is set) to
+    /// <data folder>/log/<fileName>.log. Messages keep going to the previous handler as well.
+    /// Returns false when the file cannot be opened; logging then stays on the terminal.
+    static bool installLogFile(const QString& fileName);
+    /// Stops writing to the log file and puts back the previous handler.
+    static void removeLogFile();
+    /// The file installLogFile() writes, or an empty string.
+    static QString logFilePath();
+    /// Whether the previous handler (the terminal) still gets the messages; a detached service turns it off.
+    static void setTerminalOutput(bool enabled);
+
+private:
+    const QLoggingCategory& m_category;
+};
+
+} // namespace TWL

@@ -1,0 +1,246 @@
+#include "frame/application.h"
+#include "frame/application_event_controller.h"
+#include "frame/get_program_path.h"
+#include "frame/system_url_open_handler.h"
+#include "platform/communication/connection_manager.h"
+#include "platform/communication/notification_center.h"
+#include "platform/communication/notification_types.h"
+#include "support/fake_service.h"
+#include "support/log_capture.h"
+#include "support/test_environment.h"
+
+#include <QDesktopServices>
+#include <QEventLoop>
+#include <QFile>
+#include <QSignalSpy>
+#include <QtTest>
+
+#include <memory>
+
+using namespace TWB::GUI;
+using TWB::Common::Communication::ConnectionManager;
+namespace NotificationType = TWB::Common::Communication::Notification::Type;
+using TWB::Test::FakeService;
+using TWB::Test::LogCapture;
+using TWB::Test::TestEnvironment;
+
+/// Stands in for the system's URL opener and notes the environment it was called in.
+class UrlRecorder : public QObject
+{
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+    QList<QByteArray> libraryPaths;
+    QList<QByteArray> programPaths;
+
+public Q_SLOTS:
+    void record(const QUrl& url)
+    {
+        urls << url;
+        libraryPaths << qgetenv("LD_LIBRARY_PATH");
+        programPaths << qgetenv("PATH");
+    }
+};
+
+class TestApplication : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<TestEnvironment> m_env;
+    FakeService m_service;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_env = std::make_unique<TestEnvironment>();
+        QVERIFY(m_service.listen(m_env->socketPath()));
+        QVERIFY(ConnectionManager::instance());
+        TestEnvironment::speedUpChannel();
+        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
+        QVERIFY(m_service.waitForClient());
+    }
+
+    void programPathIsTheFirstWordOfACommandLine_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("program");
+        QTest::newRow("quoted path with a blank, then an option") << "\"/opt/my tools/backup\" --silent"
+                                                                  << "/opt/my tools/backup";
+        QTest::newRow("lone quote at the start") << "\"/usr/bin/tool -x"
+                                                 << "/usr/bin/tool";
+        QTest::newRow("empty line") << ""
+                                    << "";
+        QTest::newRow("plain program and arguments") << "/usr/bin/rsync -a /a /b"
+                                                     << "/usr/bin/rsync";
+        QTest::newRow("program alone") << "/usr/bin/true"
+                                       << "/usr/bin/true";
+        QTest::newRow("quoted program alone") << "\"/opt/a b/c\""
+                                              << "/opt/a b/c";
+        QTest::newRow("quoted argument after a plain program") << "/bin/sh \"-c\" \"echo a b\""
+                                                               << "/bin/sh";
+        QTest::newRow("several quoted stretches") << "\"/opt/x y/run\" \"/data/some dir\" -v"
+                                                  << "/opt/x y/run";
+        QTest::newRow("blanks only") << "   "
+                                     << "   ";
+        QTest::newRow("leading blanks") << "  \"/opt/a b/c\" -q"
+                                        << "/opt/a b/c";
+    }
+
+    void programPathIsTheFirstWordOfACommandLine()
+    {
+        QFETCH(QString, line);
+        QFETCH(QString, program);
+        QCOMPARE(getProgramPath(line), program);
+    }
+
+    void controllerReportsTheStateAtInitAndConnectsOnce()
+    {
+        ApplicationEventController controller;
+        QSignalSpy connected(&controller, &ApplicationEventController::localManagmentConnected);
+        QSignalSpy disconnected(&controller, &ApplicationEventController::localManagmentDisconnected);
+        QSignalSpy updates(&controller, &ApplicationEventController::updateStarted);
+        controller.init();
+        QCOMPARE(connected.count(), 1);
+        QCOMPARE(disconnected.count(), 0);
+        controller.init();
+        QCOMPARE(connected.count(), 1);
+
+        LogCapture log;
+        m_service.notify(QLatin1String(NotificationType::UpdateStarting));
+        QVERIFY(updates.wait());
+        QTest::qWait(50); // a second connection would deliver a second signal within this turn
+        QCOMPARE(updates.count(), 1);
+        QCOMPARE(log.count(QtInfoMsg, QStringLiteral("TWB"), QStringLiteral("Notification to start update...")), 1);
+
+        m_service.stop();
+        QVERIFY(disconnected.wait());
+        QCOMPARE(disconnected.count(), 1);
+        QVERIFY(m_service.listen(m_env->socketPath()));
+        QVERIFY(connected.wait());
+        QCOMPARE(connected.count(), 2);
+        QVERIFY(m_service.waitForClient());
+    }
+
+    void unknownNotificationIsLoggedAtDebugAndChangesNothing_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::newRow("unknown type") << QByteArray(
+            "{\"type\":\"notification\",\"id\":\"{11111111-2222-3333-4444-555555555555}\",\"data\":{}}");
+        QTest::newRow("no id") << QByteArray("{\"type\":\"notification\",\"data\":{}}");
+    }
+
+    void unknownNotificationIsLoggedAtDebugAndChangesNothing()
+    {
+        QFETCH(QByteArray, line);
+        ApplicationEventController controller;
+        controller.init();
+        QSignalSpy updates(&controller, &ApplicationEventController::updateStarted);
+        QSignalSpy notifications(TWB::Common::Communication::NotificationCenter::instance().data(),
+            &TWB::Common::Communication::NotificationCenter::notification);
+        LogCapture log;
+        m_service.sendRaw(line + '\n');
+        QVERIFY(notifications.wait());
+        QTRY_COMPARE(log.count(QtDebugMsg, QStringLiteral("TWB"), QStringLiteral("Notiifcation is 0x00")), 1);
+        QCOMPARE(updates.count(), 0);
+        QCOMPARE(log.warnings(), 0);
+        QVERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
+    }
+
+    void declaredNotificationOfAnotherKindIsIgnored()
+    {
+        ApplicationEventController controller;
+        controller.init();
+        QSignalSpy updates(&controller, &ApplicationEventController::updateStarted);
+        LogCapture log;
+        QSignalSpy notifications(TWB::Common::Communication::NotificationCenter::instance().data(),
+            &TWB::Common::Communication::NotificationCenter::notification);
+        m_service.notify(QLatin1String(NotificationType::PlanCreated), {{QStringLiteral("id"), QStringLiteral("{1}")}});
+        QVERIFY(notifications.wait());
+        QCoreApplication::processEvents(); // the controller's connection is queued
+        QCOMPARE(updates.count(), 0);
+        QCOMPARE(log.count(QtDebugMsg, QStringLiteral("TWB"), QStringLiteral("Notiifcation is 0x00")), 0);
+    }
+
+    void applicationQuitNotificationQuitsTheEventLoop()
+    {
+        ApplicationEventController controller;
+        controller.init();
+        QEventLoop loop;
+        QTimer::singleShot(0, this, [this] { m_service.notify(QLatin1String(NotificationType::ApplicationQuit)); });
+        QTimer guard;
+        guard.setSingleShot(true);
+        connect(&guard, &QTimer::timeout, &loop, [&loop] { loop.exit(42); });
+        guard.start(5000);
+        // QCoreApplication::quit() ends every running event loop with 0; the guard would end it with 42.
+        QCOMPARE(loop.exec(), 0);
+    }
+
+    void urlHandlerOpensWithTheSystemSearchPaths()
+    {
+        UrlRecorder system;
+        QDesktopServices::setUrlHandler(QStringLiteral("twbtest"), &system, "record");
+        qputenv("LD_LIBRARY_PATH", "/opt/console/lib");
+        qputenv("PATH", "/opt/console/bin:/usr/bin");
+        Handlers::SystemUrlOpenHandler handler;
+        handler.handleUrl(QUrl(QStringLiteral("twbtest:one")));
+        QCOMPARE(system.urls, QList<QUrl> {QUrl(QStringLiteral("twbtest:one"))});
+        QCOMPARE(system.libraryPaths.first(), QByteArray("/usr/lib:/usr/local/lib"));
+        QCOMPARE(system.programPaths.first(), QByteArray("/usr/bin:/usr/local/bin"));
+        QCOMPARE(qgetenv("LD_LIBRARY_PATH"), QByteArray("/opt/console/lib"));
+        QCOMPARE(qgetenv("PATH"), QByteArray("/opt/console/bin:/usr/bin"));
+
+        // Another scheme goes straight to its opener with the environment untouched,
+        // and openURL leaves no handler of its own behind.
+        Application::openURL(QUrl(QStringLiteral("twbtest:two")));
+        QCOMPARE(system.urls.size(), 2);
+        QCOMPARE(system.libraryPaths.last(), QByteArray("/opt/console/lib"));
+        QCOMPARE(system.programPaths.last(), QByteArray("/opt/console/bin:/usr/bin"));
+        QDesktopServices::unsetUrlHandler(QStringLiteral("twbtest"));
+    }
+
+    void identityComesFromRebrandingAndConfiguration()
+    {
+        QFile rebranding(m_env->rebrandingFile());
+        QVERIFY(rebranding.open(QIODevice::WriteOnly));
+        rebranding.write("ProductName=Harbour Backup\nCompanyName=Harbour\nWebSite=https://harbour.example\n");
+        rebranding.close();
+        QCOMPARE(Application::applicationName(), QStringLiteral("Harbour Backup"));
+        QCOMPARE(Application::companyName(), QStringLiteral("Harbour"));
+        QCOMPARE(Application::website(), QStringLiteral("https://harbour.example"));
+        QVERIFY(Application::copyright().contains(QStringLiteral("Tidewrack")));
+        // Each accessor keeps the table it loaded first.
+        QVERIFY(rebranding.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        rebranding.write("ProductName=Changed\n");
+        rebranding.close();
+        QCOMPARE(Application::applicationName(), QStringLiteral("Harbour Backup"));
+
+        QFile config(m_env->configFile());
+        QVERIFY(config.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        config.write("supportEmail = help@harbour.example\n");
+        config.close();
+        QCOMPARE(Application::supportEmail(), QStringLiteral("help@harbour.example"));
+        QVERIFY(Application::isStandalon());
+        QVERIFY(!Application::isFbs());
+        qputenv("TWB_SHARE_DIR", "/opt/twb/share");
+        QCOMPARE(Application::getSharePath(), QStringLiteral("/opt/twb/share"));
+        QCOMPARE(Application::getImagesPath(), QStringLiteral("/opt/twb/share/images/gui"));
+        QVERIFY(config.open(QIODevice::WriteOnly | QIODevice::Append));
+        config.write("edition = managed\n");
+        config.close();
+        QVERIFY(Application::isFbs());
+        QVERIFY(!Application::isStandalon());
+        QCOMPARE(Application::getImagesPath(), QStringLiteral("/opt/twb/share/images"));
+        QVERIFY(!Application::buildVersion().isEmpty());
+        qunsetenv("TWB_SHARE_DIR");
+    }
+};
+
+int main(int argc, char** argv)
+{
+    Application app(argc, argv);
+    TestApplication test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_application.moc"
