@@ -1,0 +1,194 @@
+// Throughput and latency of the command channel through the real socket.
+//
+//   bench_channel [--commands N] [--notifications N]
+//
+// Round trips go to a real twbd; notifications come from a scripted peer in a child process,
+// so that the subscriber's side is measured on its own core.
+
+#include "platform/communication/connection_manager.h"
+#include "platform/communication/icommand.h"
+#include "platform/communication/manager.h"
+#include "platform/communication/notification_center.h"
+#include "platform/communication/notification_types.h"
+#include "support/fake_service.h"
+#include "support/service_process.h"
+#include "support/test_environment.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+using namespace TWB::Common::Communication;
+
+namespace {
+
+bool waitFor(const std::function<bool()>& done, int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!done()) {
+        if (clock.elapsed() > timeoutMs)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    }
+    return true;
+}
+
+QJsonObject progressPayload(int seq)
+{
+    return {{QStringLiteral("plan_id"), QStringLiteral("{6f1c7c52-6a7e-4c1e-9d8a-3c1f0c9b2a11}")},
+        {QStringLiteral("seq"), seq}, {QStringLiteral("processed_size"), 123456789.0 + seq},
+        {QStringLiteral("total_size"), 987654321.0}, {QStringLiteral("processed_files"), 1234 + seq},
+        {QStringLiteral("total_files"), 98765}, {QStringLiteral("speed"), 52428800},
+        {QStringLiteral("elapsed"), 3600}, {QStringLiteral("current_file"), QStringLiteral("/home/alice/photo.jpg")}};
+}
+
+// The peer: pushes `count` notifications to the first console that connects, then exits.
+int runPeer(const QString& socket, int count)
+{
+    TWB::Test::FakeService service;
+    if (!service.listen(socket))
+        return 1;
+    std::printf("ready\n");
+    std::fflush(stdout);
+    if (!service.waitForClient(10000))
+        return 2;
+    // Give the subscriber's event loop a moment to be idle before the burst.
+    QElapsedTimer settle;
+    settle.start();
+    while (settle.elapsed() < 200)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    for (int i = 0; i < count; ++i) {
+        service.notify(QLatin1String(Notification::Type::PlanProgress), progressPayload(i));
+        if (i % 256 == 0)
+            QCoreApplication::processEvents();
+    }
+    waitFor([&] { return service.clientCount() == 0; }, 60000);
+    return 0;
+}
+
+void roundTrips(int count)
+{
+    TWB::Test::TestEnvironment env;
+    TWB::Test::ServiceProcess service(env.socketPath(), env.dataDir());
+    if (!service.start()) {
+        std::fprintf(stderr, "twbd did not start\n");
+        return;
+    }
+    auto connection = ConnectionManager::instance();
+    waitFor([&] { return connection->isLocalManagmentConnected(); }, 5000);
+
+    auto sendOne = [](QObject* context, const std::function<void()>& done) {
+        ICommand* command = Manager::instance()->commandFactory(QStringLiteral("PlanGetList"));
+        QObject::connect(command, &ICommand::complite, context, [command, done] {
+            command->deleteLater();
+            done();
+        });
+        command->exec();
+    };
+
+    QObject context;
+    // Warm up the connection and the allocator.
+    for (int i = 0; i < 200; ++i) {
+        bool done = false;
+        sendOne(&context, [&] { done = true; });
+        waitFor([&] { return done; }, 5000);
+    }
+
+    std::vector<qint64> latencies;
+    latencies.reserve(size_t(count));
+    QElapsedTimer total;
+    total.start();
+    for (int i = 0; i < count; ++i) {
+        bool done = false;
+        QElapsedTimer one;
+        one.start();
+        sendOne(&context, [&] { done = true; });
+        waitFor([&] { return done; }, 5000);
+        latencies.push_back(one.nsecsElapsed());
+    }
+    const double seconds = double(total.nsecsElapsed()) / 1e9;
+    std::sort(latencies.begin(), latencies.end());
+    std::printf("round trip, one at a time: %d commands in %.3f s: %.0f commands/s, median %.1f us, p99 %.1f us\n",
+        count, seconds, count / seconds, double(latencies[latencies.size() / 2]) / 1e3,
+        double(latencies[latencies.size() * 99 / 100]) / 1e3);
+
+    // Many in flight at once, as a window full of models loading together.
+    int answered = 0;
+    QElapsedTimer burst;
+    burst.start();
+    for (int i = 0; i < count; ++i)
+        sendOne(&context, [&] { ++answered; });
+    waitFor([&] { return answered == count; }, 60000);
+    const double burstSeconds = double(burst.nsecsElapsed()) / 1e9;
+    std::printf("round trip, all in flight: %d commands in %.3f s: %.0f commands/s\n", count, burstSeconds,
+        count / burstSeconds);
+    service.terminate();
+}
+
+void notifications(int count)
+{
+    TWB::Test::TestEnvironment env;
+    const QString socket = env.root() + QStringLiteral("/peer.sock");
+    QProcess peer;
+    peer.start(QCoreApplication::applicationFilePath(),
+        {QStringLiteral("--peer"), socket, QStringLiteral("--notifications"), QString::number(count)});
+    if (!peer.waitForReadyRead(10000)) {
+        std::fprintf(stderr, "peer did not start\n");
+        return;
+    }
+    qputenv("TWB_SERVICE_SOCKET", QFile::encodeName(socket));
+    auto connection = ConnectionManager::instance();
+    connection->connectNow();
+    waitFor([&] { return connection->isLocalManagmentConnected(); }, 5000);
+
+    int received = 0;
+    int outOfOrder = 0;
+    QElapsedTimer clock;
+    QObject::connect(NotificationCenter::instance(), &NotificationCenter::notification, [&](const QJsonDocument& d) {
+        if (received == 0)
+            clock.start();
+        const int seq = d.object().value(QStringLiteral("data")).toObject().value(QStringLiteral("seq")).toInt();
+        outOfOrder += seq == received ? 0 : 1;
+        ++received;
+    });
+    waitFor([&] { return received == count; }, 120000);
+    const double seconds = double(clock.nsecsElapsed()) / 1e9;
+    std::printf("notifications: %d received in %.3f s: %.0f notifications/s, %d out of order\n", received, seconds,
+        received / seconds, outOfOrder);
+    // The peer waits for its console to leave; this one stays till the end, so end the peer.
+    peer.kill();
+    peer.waitForFinished(5000);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    const QCommandLineOption commandsOption(QStringLiteral("commands"), QStringLiteral("Round trips."),
+        QStringLiteral("n"), QStringLiteral("20000"));
+    const QCommandLineOption notificationsOption(QStringLiteral("notifications"),
+        QStringLiteral("Notifications."), QStringLiteral("n"), QStringLiteral("200000"));
+    const QCommandLineOption peerOption(QStringLiteral("peer"), QStringLiteral("Run as the notifying peer."),
+        QStringLiteral("socket"));
+    parser.addOptions({commandsOption, notificationsOption, peerOption});
+    parser.addHelpOption();
+    parser.process(app);
+
+    if (parser.isSet(peerOption))
+        return runPeer(parser.value(peerOption), parser.value(notificationsOption).toInt());
+
+    // The notification run points the channel at its own peer; the round trips go first.
+    roundTrips(parser.value(commandsOption).toInt());
+    notifications(parser.value(notificationsOption).toInt());
+    return 0;
+}
