@@ -46,8 +46,8 @@ QJsonObject progressPayload(int seq)
     return {{QStringLiteral("plan_id"), QStringLiteral("{6f1c7c52-6a7e-4c1e-9d8a-3c1f0c9b2a11}")},
         {QStringLiteral("seq"), seq}, {QStringLiteral("processed_size"), 123456789.0 + seq},
         {QStringLiteral("total_size"), 987654321.0}, {QStringLiteral("processed_files"), 1234 + seq},
-        {QStringLiteral("total_files"), 98765}, {QStringLiteral("speed"), 52428800},
-        {QStringLiteral("elapsed"), 3600}, {QStringLiteral("current_file"), QStringLiteral("/home/alice/photo.jpg")}};
+        {QStringLiteral("total_files"), 98765}, {QStringLiteral("speed"), 52428800}, {QStringLiteral("elapsed"), 3600},
+        {QStringLiteral("current_file"), QStringLiteral("/home/alice/photo.jpg")}};
 }
 
 // The peer: pushes `count` notifications to the first console that connects, then exits.
@@ -174,12 +174,12 @@ int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     QCommandLineParser parser;
-    const QCommandLineOption commandsOption(QStringLiteral("commands"), QStringLiteral("Round trips."),
-        QStringLiteral("n"), QStringLiteral("20000"));
-    const QCommandLineOption notificationsOption(QStringLiteral("notifications"),
-        QStringLiteral("Notifications."), QStringLiteral("n"), QStringLiteral("200000"));
-    const QCommandLineOption peerOption(QStringLiteral("peer"), QStringLiteral("Run as the notifying peer."),
-        QStringLiteral("socket"));
+    const QCommandLineOption commandsOption(
+        QStringLiteral("commands"), QStringLiteral("Round trips."), QStringLiteral("n"), QStringLiteral("20000"));
+    const QCommandLineOption notificationsOption(QStringLiteral("notifications"), QStringLiteral("Notifications."),
+        QStringLiteral("n"), QStringLiteral("200000"));
+    const QCommandLineOption peerOption(
+        QStringLiteral("peer"), QStringLiteral("Run as the notifying peer."), QStringLiteral("socket"));
     parser.addOptions({commandsOption, notificationsOption, peerOption});
     parser.addHelpOption();
     parser.process(app);
