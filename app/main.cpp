@@ -39,6 +39,7 @@ int main(int argc, char** argv)
         qputenv("TWB_DATA_DIR", QFile::encodeName(data));
         serviceArguments << QStringLiteral("--data-dir") << data;
     }
+    TWL::TwlDebug::applyDefaultFilter();
     TWL::TwlDebug::installLogFile(QStringLiteral("twbgui"));
 
     TWB::GUI::ApplicationEventController controller;

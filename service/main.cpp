@@ -111,6 +111,7 @@ int main(int argc, char** argv)
 
     qSetMessagePattern(QStringLiteral("%{time hh:mm:ss.zzz} %{type} %{category}: %{message}"));
     TWL::TwlDebug log("TWB");
+    TWL::TwlDebug::applyDefaultFilter();
     TWL::TwlDebug::setTerminalOutput(foreground);
     if (!TWL::TwlDebug::installLogFile(QStringLiteral("twbd")))
         log.warning() << "Cannot write the log file in" << SHARED::defines::Path::logDir();

@@ -64,10 +64,24 @@ void ConnectionManager::attempt()
     m_lines = new JsonLineSocket(m_socket, this);
     connect(m_socket, &QLocalSocket::connected, this, &ConnectionManager::onConnected);
     connect(m_socket, &QLocalSocket::disconnected, this, &ConnectionManager::onDisconnected);
-    connect(m_socket, &QLocalSocket::errorOccurred, this, [this](QLocalSocket::LocalSocketError) {
+    connect(m_socket, &QLocalSocket::errorOccurred, this, [this](QLocalSocket::LocalSocketError error) {
         if (m_state == State::Connecting) {
-            const QString reason = m_socket ? m_socket->errorString() : QString();
-            TWL::TwlDebug("TWB").debug() << "No local service at" << socketPath() << ":" << reason;
+            QString reason;
+            switch (error) {
+            case QLocalSocket::ServerNotFoundError:
+                reason = QStringLiteral("no service socket at %1").arg(socketPath());
+                break;
+            case QLocalSocket::ConnectionRefusedError:
+                reason = QStringLiteral("the service socket %1 refuses connections").arg(socketPath());
+                break;
+            case QLocalSocket::SocketAccessError:
+                reason = QStringLiteral("no permission to use %1").arg(socketPath());
+                break;
+            default:
+                reason = m_socket ? m_socket->errorString() : QString();
+                break;
+            }
+            TWL::TwlDebug("TWB").debug() << "No local service:" << reason;
             m_state = State::Disconnected;
             // Not from inside the socket's own signal: the socket is replaced on the next attempt.
             QMetaObject::invokeMethod(this, &ConnectionManager::scheduleRetry, Qt::QueuedConnection);

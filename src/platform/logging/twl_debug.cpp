@@ -154,6 +154,12 @@ void TwlDebug::removeLogFile()
     s.file.close();
 }
 
+void TwlDebug::applyDefaultFilter()
+{
+    if (qEnvironmentVariableIsEmpty("TWB_DEBUG"))
+        QLoggingCategory::setFilterRules(QStringLiteral("TWB.debug=false"));
+}
+
 QString TwlDebug::logFilePath()
 {
     LogState& s = state();

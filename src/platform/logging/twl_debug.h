@@ -30,6 +30,9 @@ public:
     static void removeLogFile();
     /// The file installLogFile() writes, or an empty string.
     static QString logFilePath();
+    /// Programs call this at start: debug messages of the product's categories are shown only when
+    /// TWB_DEBUG is set, since they may carry details (paths, ids) nobody needs day to day.
+    static void applyDefaultFilter();
     /// Whether the previous handler (the terminal) still gets the messages; a detached service turns it off.
     static void setTerminalOutput(bool enabled);
 
