@@ -2,6 +2,7 @@
 #include "frame/application_event_controller.h"
 #include "frame/base_model.h"
 #include "frame/model_manager.h"
+#include "plans/plan_xml_list.h"
 #include "platform/communication/connection_manager.h"
 #include "platform/communication/icommand.h"
 #include "platform/communication/manager.h"
@@ -40,6 +41,7 @@ private Q_SLOTS:
         service.on(QStringLiteral("PlanGetList"), FakeReply::none());
 
         QVERIFY(ModelManager::instance());
+        QVERIFY(TWB::GUI::PlanXmlList::instance());
         QVERIFY(NotificationCenter::instance());
         QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
 
@@ -59,6 +61,7 @@ private Q_SLOTS:
         QVERIFY(ConnectionManager::instance().isNull());
         QVERIFY(NotificationCenter::instance().isNull());
         QVERIFY(ModelManager::instance().isNull());
+        QVERIFY(TWB::GUI::PlanXmlList::instance().isNull());
 
         // The command in flight was failed, not left hanging.
         QTRY_COMPARE(inFlightFailed.count(), 1);
