@@ -1,0 +1,74 @@
+#include "support/modal_answerer.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QtTest>
+
+namespace TWB::Test {
+
+namespace {
+const int pollMs = 20;
+}
+
+ModalAnswerer::ModalAnswerer(QMessageBox::StandardButton button, int timeoutMs)
+    : m_button(button)
+    , m_remainingPolls(timeoutMs / pollMs)
+{
+    connect(&m_timer, &QTimer::timeout, this, &ModalAnswerer::poll);
+    m_timer.start(pollMs);
+}
+
+ModalAnswerer::ModalAnswerer(const QString& buttonText, int timeoutMs)
+    : m_buttonText(buttonText)
+    , m_remainingPolls(timeoutMs / pollMs)
+{
+    connect(&m_timer, &QTimer::timeout, this, &ModalAnswerer::poll);
+    m_timer.start(pollMs);
+}
+
+bool ModalAnswerer::wait(int timeoutMs)
+{
+    return QTest::qWaitFor([this] { return m_answered; }, timeoutMs);
+}
+
+void ModalAnswerer::poll()
+{
+    if (--m_remainingPolls < 0) {
+        m_timer.stop();
+        return;
+    }
+    QWidget* modal = QApplication::activeModalWidget();
+    if (!modal || !modal->isVisible())
+        return;
+    m_timer.stop();
+    m_title = modal->windowTitle();
+    m_flags = modal->windowFlags();
+    if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+        m_text = box->text();
+        m_informativeText = box->informativeText();
+        m_icon = box->icon();
+        if (m_button != QMessageBox::NoButton) {
+            if (QAbstractButton* button = box->button(m_button)) {
+                m_answered = true;
+                button->click();
+                return;
+            }
+        }
+    }
+    const auto buttons = modal->findChildren<QAbstractButton*>();
+    for (QAbstractButton* button : buttons) {
+        if (!m_buttonText.isEmpty() && button->text().remove(QLatin1Char('&')) == m_buttonText) {
+            m_answered = true;
+            button->click();
+            return;
+        }
+    }
+    // Nothing to press: close the dialog rather than leave the test hanging.
+    if (auto* dialog = qobject_cast<QDialog*>(modal))
+        dialog->reject();
+    else
+        modal->close();
+}
+
+} // namespace TWB::Test
