@@ -1,5 +1,7 @@
 #include "service/command_router.h"
 
+#include "platform/logging/twl_debug.h"
+
 namespace TWB::Service {
 
 void CommandRouter::add(const QString& command, Handler handler)
@@ -14,7 +16,13 @@ void CommandRouter::dispatch(const QString& command, const QJsonObject& params, 
         respond.fail(QStringLiteral("Unknown command: %1").arg(command));
         return;
     }
-    it.value()(params, respond);
+    // Handlers throw the sentence that explains a refusal or a failure; it becomes the reply.
+    try {
+        it.value()(params, respond);
+    } catch (const QString& text) {
+        TWL::TwlDebug("TWB").warning() << command << "failed:" << text;
+        respond.fail(text);
+    }
 }
 
 } // namespace TWB::Service

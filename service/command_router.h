@@ -20,7 +20,8 @@ public:
     void add(const QString& command, Handler handler);
     bool has(const QString& command) const { return m_handlers.contains(command); }
 
-    /// Runs the command's handler, or answers that the command is unknown.
+    /// Runs the command's handler, or answers that the command is unknown. A QString thrown by
+    /// the handler is logged and sent as the failure text, unless the handler already replied.
     void dispatch(const QString& command, const QJsonObject& params, const Responder& respond) const;
 
 private:

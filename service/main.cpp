@@ -1,8 +1,7 @@
 #include "platform/defines/path.h"
 #include "platform/defines/provider_defines.h"
 #include "platform/logging/twl_debug.h"
-#include "service/command_router.h"
-#include "service/service_server.h"
+#include "service/local_service.h"
 #include "service/unix_signal_watcher.h"
 
 #include <QCommandLineParser>
@@ -116,10 +115,9 @@ int main(int argc, char** argv)
     if (!TWL::TwlDebug::installLogFile(QStringLiteral("twbd")))
         log.warning() << "Cannot write the log file in" << SHARED::defines::Path::logDir();
 
-    TWB::Service::CommandRouter router;
-    TWB::Service::ServiceServer server(router);
+    TWB::Service::LocalService service;
     QString error;
-    if (!server.listen(SHARED::defines::Path::serviceSocket(), &error)) {
+    if (!service.start(SHARED::defines::Path::serviceSocket(), dataDir, &error)) {
         log.error() << error;
         if (foreground)
             std::fprintf(stderr, "twbd: %s\n", qPrintable(error));
@@ -128,7 +126,7 @@ int main(int argc, char** argv)
     }
     log.infoH() << "twbd" << TWB::defines::ProviderDefines::BuildVersion()
                 << QStringLiteral("(pid %1)").arg(QCoreApplication::applicationPid()) << "listens on"
-                << server.socketPath() << "with data in" << SHARED::defines::Path::dataDir();
+                << service.server().socketPath() << "with data in" << SHARED::defines::Path::dataDir();
     reportReady(readyFd, true);
 
     TWB::Service::UnixSignalWatcher watcher;
@@ -138,7 +136,7 @@ int main(int argc, char** argv)
     });
 
     const int code = app.exec();
-    server.close();
+    service.stop();
     log.infoH() << "twbd stopped";
     TWL::TwlDebug::removeLogFile();
     return code;

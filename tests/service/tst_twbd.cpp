@@ -98,9 +98,9 @@ private Q_SLOTS:
     {
         TestCaller caller;
         QSignalSpy failed(&caller, &TestCaller::failed);
-        QVERIFY(caller.send(QStringLiteral("PlanGetList")));
+        QVERIFY(caller.send(QStringLiteral("RegenerateHID")));
         QVERIFY(failed.wait());
-        QCOMPARE(failed.at(0).at(0).toString(), QStringLiteral("Unknown command: PlanGetList"));
+        QCOMPARE(failed.at(0).at(0).toString(), QStringLiteral("Unknown command: RegenerateHID"));
         QTRY_VERIFY(caller.lastCommand.isNull());
     }
 
@@ -150,9 +150,9 @@ private Q_SLOTS:
         QVERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
         TestCaller caller;
         QSignalSpy failed(&caller, &TestCaller::failed);
-        QVERIFY(caller.send(QStringLiteral("GetSettings")));
+        QVERIFY(caller.send(QStringLiteral("RegenerateHID")));
         QVERIFY(failed.wait());
-        QCOMPARE(failed.at(0).at(0).toString(), QStringLiteral("Unknown command: GetSettings"));
+        QCOMPARE(failed.at(0).at(0).toString(), QStringLiteral("Unknown command: RegenerateHID"));
     }
 
     void secondServiceOnTheSameSocketRefusesToStart()
@@ -226,9 +226,9 @@ private Q_SLOTS:
 
         TestCaller caller;
         QSignalSpy failed(&caller, &TestCaller::failed);
-        QVERIFY(caller.send(QStringLiteral("PlanGetList")));
+        QVERIFY(caller.send(QStringLiteral("RegenerateHID")));
         QVERIFY(failed.wait());
-        QCOMPARE(failed.at(0).at(0).toString(), QStringLiteral("Unknown command: PlanGetList"));
+        QCOMPARE(failed.at(0).at(0).toString(), QStringLiteral("Unknown command: RegenerateHID"));
     }
 
     void sigtermStopsCleanly()

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QJsonObject>
+
+namespace TWB::Service {
+
+struct Account;
+class CommandRouter;
+class Database;
+class Responder;
+class ServiceServer;
+
+/// Storage accounts: "StorageGetConnection", "SaveStorage" and "StorageDeleteFileSystem", and the
+/// account a new user starts with.
+class StorageCommands final
+{
+public:
+    StorageCommands(Database& database, ServiceServer& server);
+    StorageCommands(const StorageCommands&) = delete;
+    StorageCommands& operator=(const StorageCommands&) = delete;
+
+    void registerAt(CommandRouter& router);
+
+    /// On the first start, with no account in the store, makes the file-system account
+    /// "Local storage" on <data folder>/storage, so that a new user can back up at once.
+    /// Made once: a user who removes it keeps it removed.
+    void ensureDefaultStorage(const QString& dataDir);
+
+    /// An account as the console's storage list shows it.
+    QJsonObject row(const Account& account);
+
+private:
+    void getConnection(const QJsonObject& params, const Responder& respond);
+    void save(const QJsonObject& params, const Responder& respond);
+    void remove(const QJsonObject& params, const Responder& respond);
+
+    Database& m_database;
+    ServiceServer& m_server;
+};
+
+} // namespace TWB::Service
