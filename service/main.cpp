@@ -115,6 +115,14 @@ int main(int argc, char** argv)
     if (!TWL::TwlDebug::installLogFile(QStringLiteral("twbd")))
         log.warning() << "Cannot write the log file in" << SHARED::defines::Path::logDir();
 
+    // Signals are caught before the socket exists: whoever learns of the socket may stop the
+    // service at once, and must find the socket removed.
+    TWB::Service::UnixSignalWatcher watcher;
+    QObject::connect(&watcher, &TWB::Service::UnixSignalWatcher::terminationRequested, &app, [&log](int number) {
+        log.infoH() << "Stopping on signal" << number;
+        QCoreApplication::quit();
+    });
+
     TWB::Service::LocalService service;
     QString error;
     if (!service.start(SHARED::defines::Path::serviceSocket(), dataDir, &error)) {
@@ -128,12 +136,6 @@ int main(int argc, char** argv)
                 << QStringLiteral("(pid %1)").arg(QCoreApplication::applicationPid()) << "listens on"
                 << service.server().socketPath() << "with data in" << SHARED::defines::Path::dataDir();
     reportReady(readyFd, true);
-
-    TWB::Service::UnixSignalWatcher watcher;
-    QObject::connect(&watcher, &TWB::Service::UnixSignalWatcher::terminationRequested, &app, [&log](int number) {
-        log.infoH() << "Stopping on signal" << number;
-        QCoreApplication::quit();
-    });
 
     const int code = app.exec();
     service.stop();
