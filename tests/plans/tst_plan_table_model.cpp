@@ -1,0 +1,419 @@
+#include "plans/filter_plan_table_model.h"
+#include "plans/plan_table_model.h"
+#include "platform/communication/connection_manager.h"
+#include "platform/communication/notification_types.h"
+#include "plan_test_rows.h"
+#include "support/fake_service.h"
+#include "support/log_capture.h"
+#include "support/test_environment.h"
+
+#include <QAbstractItemModelTester>
+#include <QLocale>
+#include <QSignalSpy>
+#include <QtTest>
+
+#include <ctime>
+#include <memory>
+
+using namespace TWB::GUI;
+using TWB::Common::Communication::ConnectionManager;
+using TWB::Test::FakeReply;
+using TWB::Test::FakeRequest;
+using TWB::Test::FakeService;
+using TWB::Test::LogCapture;
+using TWB::Test::planRow;
+using TWB::Test::PlanRows;
+using TWB::Test::RegisteredPlanTable;
+using TWB::Test::TestEnvironment;
+namespace NotificationType = TWB::Common::Communication::Notification::Type;
+
+class TestPlanTableModel : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<TestEnvironment> m_env;
+    FakeService m_service;
+    PlanRows m_rows {m_service};
+    std::unique_ptr<RegisteredPlanTable> m_registered;
+    std::unique_ptr<QAbstractItemModelTester> m_tester;
+    PlanTableModel* m_table = nullptr;
+
+    QString cell(int row, int column) const { return m_table->index(row, column).data().toString(); }
+
+    QStringList names() const
+    {
+        QStringList result;
+        for (int row = 0; row < m_table->rowCount(); ++row)
+            result.append(cell(row, 1));
+        return result;
+    }
+
+    void notify(const char* type, const QUuid& id, const QJsonObject& more = QJsonObject())
+    {
+        QJsonObject data = more;
+        data.insert(QStringLiteral("id"), id.toString());
+        m_service.notify(QLatin1String(type), data);
+    }
+
+    /// Loads the table from what the service holds.
+    bool load()
+    {
+        QSignalSpy complite(m_table, &BaseModel::complite);
+        return m_table->init() && complite.wait();
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        // Far from UTC and not on a whole hour, so that a time shown without conversion stands out.
+        qputenv("TZ", "Asia/Kolkata");
+        tzset();
+        m_env = std::make_unique<TestEnvironment>();
+        QVERIFY(m_service.listen(m_env->socketPath()));
+        QVERIFY(ConnectionManager::instance());
+        TestEnvironment::speedUpChannel();
+        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
+        QVERIFY(m_service.waitForClient());
+    }
+
+    void init()
+    {
+        qputenv("USER", "alice");
+        m_rows.rows.clear();
+        m_rows.serve();
+        m_service.clearRequests();
+        m_registered = std::make_unique<RegisteredPlanTable>();
+        m_table = m_registered->table;
+        QVERIFY(m_table);
+        m_tester = std::make_unique<QAbstractItemModelTester>(
+            m_table, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    }
+
+    void cleanup()
+    {
+        m_tester.reset();
+        m_registered.reset();
+        m_table = nullptr;
+    }
+
+    void loadShowsEveryPlanInArrivalOrder()
+    {
+        const QUuid first = QUuid::createUuid();
+        const QUuid second = QUuid::createUuid();
+        const QUuid third = QUuid::createUuid();
+        m_rows.put(planRow(first, QStringLiteral("Photos"), 1));
+        m_rows.put(planRow(second, QStringLiteral("Documents"), 1));
+        m_rows.put(planRow(third, QStringLiteral("Restore photos"), 2));
+
+        QStringList events;
+        connect(m_table, &BaseModel::updated, this, [&] { events << QStringLiteral("updated"); });
+        connect(m_table, &QAbstractItemModel::rowsInserted, this,
+            [&](const QModelIndex&, int from, int to) { events << QStringLiteral("rows %1-%2").arg(from).arg(to); });
+        connect(m_table, &BaseModel::complite, this, [&] { events << QStringLiteral("complite"); });
+        QVERIFY(load());
+        QCOMPARE(events, (QStringList {"updated", "rows 0-2", "complite"}));
+
+        const FakeRequest request = m_service.requests(QStringLiteral("PlanGetList")).first();
+        QCOMPARE(request.params, (QJsonObject {{QStringLiteral("profile"), QStringLiteral("alice")}}));
+
+        QCOMPARE(m_table->rowCount(), 3);
+        QCOMPARE(m_table->columnCount(), 15);
+        QCOMPARE(names(), (QStringList {"Photos", "Documents", "Restore photos"}));
+        QCOMPARE(m_table->index(1, 0).data().toUuid(), second);
+        QCOMPARE(m_table->index(2, 2).data().toInt(), 2);
+        QCOMPARE(cell(0, 3), QStringLiteral("Every day at 22:00"));
+        QCOMPARE(m_table->index(0, 4).data().toInt(), 2);
+        // The storage column has data but no header.
+        QCOMPARE(cell(0, 5), QStringLiteral("{5b0c1a57-9d3e-4f7a-8c61-2f4a3e9b7d10}"));
+        QCOMPARE(cell(0, 6), QStringLiteral("6 files sent"));
+        QCOMPARE(m_table->index(0, 7).data().toInt(), 6);
+        QCOMPARE(m_table->index(0, 10).data().toInt(), 3725);
+        QCOMPARE(m_table->index(0, 11).data().toInt(), 120);
+        QCOMPARE(m_table->index(0, 12).data().toInt(), 2);
+        QCOMPARE(m_table->index(0, 13).data().toDouble(), 52428800.0);
+        QCOMPARE(m_table->index(0, 14).data().toInt(), 0);
+        QVERIFY(!m_table->index(0, 15).data().isValid());
+        // Only the name column has a decoration.
+        QVERIFY(!m_table->index(0, 0).data(Qt::DecorationRole).isValid());
+        QVERIFY(!m_table->index(0, 1).data(Qt::ToolTipRole).isValid());
+
+        const Qt::ItemFlags flags = m_table->flags(m_table->index(0, 1));
+        QVERIFY(flags.testFlag(Qt::ItemIsSelectable));
+        QVERIFY(flags.testFlag(Qt::ItemIsEditable));
+        QVERIFY(flags.testFlag(Qt::ItemIsEnabled));
+    }
+
+    void headersNameTheColumns()
+    {
+        const QStringList expected {"ID", "Name", "SubType", "Shedule", "Status", QString(), "Last run message",
+            "Last run status", "Last run time", "Next run time", "Duration", "Files", "Failed", "Size", "Type"};
+        for (int column = 0; column < expected.size(); ++column) {
+            const QVariant header = m_table->headerData(column, Qt::Horizontal);
+            if (expected.at(column).isEmpty())
+                QVERIFY2(!header.isValid(), qPrintable(QString::number(column)));
+            else
+                QCOMPARE(header.toString(), expected.at(column));
+        }
+        QVERIFY(!m_table->headerData(15, Qt::Horizontal).isValid());
+        QVERIFY(!m_table->headerData(1, Qt::Horizontal, Qt::ToolTipRole).isValid());
+    }
+
+    void emptyPlanListCompletesWithoutRows()
+    {
+        QSignalSpy inserted(m_table, &QAbstractItemModel::rowsAboutToBeInserted);
+        QVERIFY(load());
+        QCOMPARE(m_table->rowCount(), 0);
+        QCOMPARE(inserted.count(), 0);
+    }
+
+    void secondInitShowsEveryPlanTwice()
+    {
+        const QUuid first = QUuid::createUuid();
+        const QUuid second = QUuid::createUuid();
+        m_rows.put(planRow(first, QStringLiteral("Photos"), 1));
+        m_rows.put(planRow(second, QStringLiteral("Music"), 2));
+        QVERIFY(load());
+        QSignalSpy inserted(m_table, &QAbstractItemModel::rowsInserted);
+        QVERIFY(load());
+        QCOMPARE(names(), (QStringList {"Photos", "Music", "Photos", "Music"}));
+        QCOMPARE(inserted.count(), 1);
+        QCOMPARE(inserted.at(0).at(1).toInt(), 2);
+        QCOMPARE(inserted.at(0).at(2).toInt(), 3);
+    }
+
+    void timesShowInLocalTime()
+    {
+        QJsonObject row = planRow(QUuid::createUuid(), QStringLiteral("Photos"), 1);
+        row.insert(QStringLiteral("NextRun"), QString());
+        m_rows.put(row);
+        QVERIFY(load());
+        const QDateTime utc(QDate(2024, 3, 1), QTime(10, 15), Qt::UTC);
+        const QString local = QLocale::system().toString(utc.toLocalTime(), QLocale::ShortFormat);
+        QVERIFY(local.contains(QStringLiteral("3:45")) || local.contains(QStringLiteral("15:45")));
+        QCOMPARE(cell(0, 8), local);
+        // Not yet scheduled: no date at all rather than a made-up one.
+        QVERIFY(!m_table->index(0, 9).data().isValid());
+    }
+
+    void loadFailureIsReportedAndLeavesNoRows_data()
+    {
+        QTest::addColumn<FakeReply>("reply");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("service error") << FakeReply::fail(QStringLiteral("Plan store is locked"))
+                                       << QStringLiteral("Plan store is locked");
+        QTest::newRow("connection lost") << FakeReply::closeConnection()
+                                         << QStringLiteral("Local command reply format error");
+    }
+
+    void loadFailureIsReportedAndLeavesNoRows()
+    {
+        QFETCH(FakeReply, reply);
+        QFETCH(QString, text);
+        m_rows.put(planRow(QUuid::createUuid(), QStringLiteral("Photos"), 1));
+        m_service.on(QStringLiteral("PlanGetList"), reply);
+        LogCapture log;
+        QSignalSpy error(m_table, &BaseModel::error);
+        QSignalSpy complite(m_table, &BaseModel::complite);
+        QVERIFY(m_table->init());
+        QVERIFY(error.wait());
+        QCOMPARE(error.at(0).at(0).toString(), text);
+        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), text));
+        QCOMPARE(complite.count(), 0);
+        QCOMPARE(m_table->rowCount(), 0);
+        // A lost connection comes back by itself; later tests need it.
+        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
+        QTRY_VERIFY(m_service.clientCount() > 0);
+    }
+
+    void notificationsKeepTheTableCurrent()
+    {
+        const QUuid photos = QUuid::createUuid();
+        const QUuid music = QUuid::createUuid();
+        m_rows.put(planRow(photos, QStringLiteral("Photos"), 1));
+        m_rows.put(planRow(music, QStringLiteral("Music"), 1));
+        QVERIFY(load());
+        QSignalSpy complite(m_table, &BaseModel::complite);
+
+        // Created: asked for with the lower-case key, then appended.
+        const QUuid videos = QUuid::createUuid();
+        m_rows.put(planRow(videos, QStringLiteral("Videos"), 2));
+        notify(NotificationType::PlanCreated, videos);
+        QVERIFY(complite.wait());
+        const FakeRequest info = m_service.requests(QStringLiteral("PlanGetInfo")).last();
+        QCOMPARE(info.params,
+            (QJsonObject {{QStringLiteral("id"), videos.toString()}, {QStringLiteral("profile"), "alice"}}));
+        QCOMPARE(names(), (QStringList {"Photos", "Music", "Videos"}));
+
+        // Updated: the row is replaced in place, every column at once.
+        m_rows.put(planRow(photos, QStringLiteral("Holiday photos"), 1));
+        QSignalSpy changed(m_table, &QAbstractItemModel::dataChanged);
+        notify(NotificationType::PlanUpdated, photos);
+        QVERIFY(complite.wait());
+        QCOMPARE(names(), (QStringList {"Holiday photos", "Music", "Videos"}));
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(changed.at(0).at(0).toModelIndex(), m_table->index(0, 0));
+        QCOMPARE(changed.at(0).at(1).toModelIndex(), m_table->index(0, 14));
+
+        // Removed: the row goes at once, without asking the service.
+        const int asked = m_service.requests().size();
+        QSignalSpy removed(m_table, &QAbstractItemModel::rowsRemoved);
+        notify(NotificationType::PlanRemoved, music);
+        QVERIFY(removed.wait());
+        QCOMPARE(removed.at(0).at(1).toInt(), 1);
+        QCOMPARE(names(), (QStringList {"Holiday photos", "Videos"}));
+        QCOMPARE(m_service.requests().size(), asked);
+    }
+
+    void stateChangeShowsAtOnceThenReloadsTheRow()
+    {
+        const QUuid photos = QUuid::createUuid();
+        m_rows.put(planRow(photos, QStringLiteral("Photos"), 1, 2, 6));
+        QVERIFY(load());
+
+        // The service has run the plan meanwhile: its next answer has a new last run.
+        m_rows.put(planRow(photos, QStringLiteral("Photos"), 1, 2, 8));
+        QList<int> statusAtEachChange;
+        connect(m_table, &QAbstractItemModel::dataChanged, this,
+            [&] { statusAtEachChange << m_table->index(0, 4).data().toInt(); });
+        QSignalSpy complite(m_table, &BaseModel::complite);
+        QSignalSpy updated(m_table, &BaseModel::updated);
+        notify(NotificationType::PlanStateChanged, photos, {{QStringLiteral("state"), 1}});
+        QVERIFY(complite.wait());
+        QCOMPARE(updated.count(), 1);
+        // First the notification's state, then the service's row as it stands.
+        QCOMPARE(statusAtEachChange, (QList<int> {1, 2}));
+        QCOMPARE(m_table->index(0, 7).data().toInt(), 8);
+        QCOMPARE(m_service.requests(QStringLiteral("PlanGetInfo")).size(), 1);
+    }
+
+    void notificationsArriveInOrder()
+    {
+        const QUuid photos = QUuid::createUuid();
+        const QUuid music = QUuid::createUuid();
+        m_rows.put(planRow(photos, QStringLiteral("Photos"), 1));
+        m_rows.put(planRow(music, QStringLiteral("Music"), 1));
+        QVERIFY(load());
+        const QUuid videos = QUuid::createUuid();
+        m_rows.put(planRow(videos, QStringLiteral("Videos"), 1, 2));
+
+        // A burst as the service sends it when a new plan starts at once and another is removed.
+        // The state change comes before the new plan's row: the table does not hold it yet and lets
+        // it pass, so the row shows the service's own status.
+        QSignalSpy complite(m_table, &BaseModel::complite);
+        notify(NotificationType::PlanCreated, videos);
+        notify(NotificationType::PlanStateChanged, videos, {{QStringLiteral("state"), 1}});
+        notify(NotificationType::PlanRemoved, music);
+        notify(NotificationType::PlanUpdated, photos);
+        QTRY_COMPARE(complite.count(), 2);
+        QCOMPARE(names(), (QStringList {"Photos", "Videos"}));
+        QCOMPARE(m_table->index(1, 4).data().toInt(), 2);
+        QStringList asked;
+        const QList<FakeRequest> requests = m_service.requests(QStringLiteral("PlanGetInfo"));
+        for (const FakeRequest& request : requests)
+            asked << request.params.value(QStringLiteral("id")).toString();
+        QCOMPARE(asked, (QStringList {videos.toString(), photos.toString()}));
+    }
+
+    void notificationsForUnknownPlansAreIgnoredOrAdded()
+    {
+        const QUuid photos = QUuid::createUuid();
+        m_rows.put(planRow(photos, QStringLiteral("Photos"), 1));
+        QVERIFY(load());
+        QSignalSpy removed(m_table, &QAbstractItemModel::rowsAboutToBeRemoved);
+        QSignalSpy changed(m_table, &QAbstractItemModel::dataChanged);
+        QSignalSpy complite(m_table, &BaseModel::complite);
+        const QUuid stranger = QUuid::createUuid();
+        notify(NotificationType::PlanRemoved, stranger);
+        notify(NotificationType::PlanStateChanged, stranger, {{QStringLiteral("state"), 1}});
+        // Updated for a plan never seen: it is added when the answer comes.
+        m_rows.put(planRow(stranger, QStringLiteral("Made elsewhere"), 2));
+        notify(NotificationType::PlanUpdated, stranger);
+        QVERIFY(complite.wait());
+        QCOMPARE(removed.count(), 0);
+        QCOMPARE(changed.count(), 0);
+        QCOMPARE(names(), (QStringList {"Photos", "Made elsewhere"}));
+        QCOMPARE(m_service.requests(QStringLiteral("PlanGetInfo")).size(), 1);
+    }
+
+    void emptyPlanInfoChangesNothing()
+    {
+        const QUuid photos = QUuid::createUuid();
+        m_rows.put(planRow(photos, QStringLiteral("Photos"), 1));
+        QVERIFY(load());
+        // Removed on the service between the notification and the question.
+        m_rows.rows.clear();
+        QSignalSpy complite(m_table, &BaseModel::complite);
+        QSignalSpy changed(m_table, &QAbstractItemModel::dataChanged);
+        QSignalSpy inserted(m_table, &QAbstractItemModel::rowsAboutToBeInserted);
+        QVERIFY(m_table->loadInfo(photos));
+        QVERIFY(complite.wait());
+        QCOMPARE(changed.count(), 0);
+        QCOMPARE(inserted.count(), 0);
+        QCOMPARE(names(), (QStringList {"Photos"}));
+    }
+
+    void failedReloadKeepsTheStoredState()
+    {
+        const QUuid photos = QUuid::createUuid();
+        m_rows.put(planRow(photos, QStringLiteral("Photos"), 1, 2, 6));
+        QVERIFY(load());
+        m_service.on(QStringLiteral("PlanGetInfo"), FakeReply::fail(QStringLiteral("Plan store is locked")));
+        LogCapture log;
+        QSignalSpy error(m_table, &BaseModel::error);
+        notify(NotificationType::PlanStateChanged, photos, {{QStringLiteral("state"), 1}});
+        QVERIFY(error.wait());
+        QCOMPARE(error.at(0).at(0).toString(), QStringLiteral("Plan store is locked"));
+        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), QStringLiteral("Plan store is locked")));
+        QCOMPARE(m_table->index(0, 4).data().toInt(), 1);
+        QCOMPARE(m_table->index(0, 7).data().toInt(), 6);
+    }
+
+    void unknownNotificationChangesNothing()
+    {
+        m_rows.put(planRow(QUuid::createUuid(), QStringLiteral("Photos"), 1));
+        QVERIFY(load());
+        LogCapture log;
+        QSignalSpy changed(m_table, &QAbstractItemModel::dataChanged);
+        QSignalSpy updated(m_table, &BaseModel::updated);
+        m_service.notify(QStringLiteral("{00000000-1111-2222-3333-444444444444}"), {{"id", "x"}});
+        QTRY_VERIFY(log.contains(QtDebugMsg, QStringLiteral("TWB"), QStringLiteral("Notiifcation is 0x00")));
+        QCOMPARE(changed.count(), 0);
+        QCOMPARE(updated.count(), 0);
+    }
+
+    void filterShowsOneKindSortedByNumbers()
+    {
+        m_rows.put(planRow(QUuid::createUuid(), QStringLiteral("Plan 10"), 1));
+        m_rows.put(planRow(QUuid::createUuid(), QStringLiteral("Plan 9"), 1));
+        m_rows.put(planRow(QUuid::createUuid(), QStringLiteral("Restore 1"), 2));
+        m_rows.put(planRow(QUuid::createUuid(), QStringLiteral("Plan 2a"), 1));
+        FilterPlanTableModel filter(1, nullptr);
+        filter.setSourceModel(m_table);
+        QAbstractItemModelTester filterTester(&filter, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        filter.sort(1, Qt::AscendingOrder);
+        QVERIFY(load());
+        auto shown = [&filter] {
+            QStringList result;
+            for (int row = 0; row < filter.rowCount(); ++row)
+                result << filter.index(row, 1).data().toString();
+            return result;
+        };
+        QCOMPARE(shown(), (QStringList {"Plan 2a", "Plan 9", "Plan 10"}));
+
+        // New plans and new names take their place as they come.
+        const QUuid eleven = QUuid::createUuid();
+        m_rows.put(planRow(eleven, QStringLiteral("Plan 11"), 1));
+        QSignalSpy complite(m_table, &BaseModel::complite);
+        notify(NotificationType::PlanCreated, eleven);
+        QVERIFY(complite.wait());
+        QCOMPARE(shown(), (QStringList {"Plan 2a", "Plan 9", "Plan 10", "Plan 11"}));
+        m_rows.put(planRow(eleven, QStringLiteral("Plan 1"), 1));
+        notify(NotificationType::PlanUpdated, eleven);
+        QVERIFY(complite.wait());
+        QCOMPARE(shown(), (QStringList {"Plan 1", "Plan 2a", "Plan 9", "Plan 10"}));
+    }
+};
+
+QTEST_MAIN(TestPlanTableModel)
+#include "tst_plan_table_model.moc"
