@@ -34,14 +34,20 @@ bool ModalAnswerer::wait(int timeoutMs)
 
 void ModalAnswerer::poll()
 {
+    QWidget* modal = QApplication::activeModalWidget();
     if (--m_remainingPolls < 0) {
         m_timer.stop();
+        // Nothing to press in time: close whatever is open rather than leave the test hanging.
+        if (modal) {
+            if (auto* dialog = qobject_cast<QDialog*>(modal))
+                dialog->reject();
+            else
+                modal->close();
+        }
         return;
     }
-    QWidget* modal = QApplication::activeModalWidget();
     if (!modal || !modal->isVisible())
         return;
-    m_timer.stop();
     m_title = modal->windowTitle();
     m_flags = modal->windowFlags();
     if (auto* box = qobject_cast<QMessageBox*>(modal)) {
@@ -50,25 +56,25 @@ void ModalAnswerer::poll()
         m_icon = box->icon();
         if (m_button != QMessageBox::NoButton) {
             if (QAbstractButton* button = box->button(m_button)) {
+                m_timer.stop();
                 m_answered = true;
                 button->click();
                 return;
             }
         }
     }
+    if (m_buttonText.isEmpty())
+        return;
+    // The button may appear later, as the dialog's state changes: keep looking until it shows.
     const auto buttons = modal->findChildren<QAbstractButton*>();
     for (QAbstractButton* button : buttons) {
-        if (!m_buttonText.isEmpty() && button->text().remove(QLatin1Char('&')) == m_buttonText) {
+        if (button->isVisible() && button->isEnabled() && button->text().remove(QLatin1Char('&')) == m_buttonText) {
+            m_timer.stop();
             m_answered = true;
             button->click();
             return;
         }
     }
-    // Nothing to press: close the dialog rather than leave the test hanging.
-    if (auto* dialog = qobject_cast<QDialog*>(modal))
-        dialog->reject();
-    else
-        modal->close();
 }
 
 } // namespace TWB::Test

@@ -7,9 +7,9 @@
 
 namespace TWB::Test {
 
-/// Answers the next modal dialog that opens: records its texts and presses the named button.
-/// Make it before the code that opens the dialog; it watches until a dialog shows or the time runs out,
-/// so that a message box can never hang a test.
+/// Answers the next modal dialog that opens: records its texts and presses the named button once it is
+/// visible and enabled. Make it before the code that opens the dialog. When the time runs out, it closes
+/// whatever modal dialog is open, so that a dialog can never hang a test.
 class ModalAnswerer final : public QObject
 {
     Q_OBJECT
