@@ -90,38 +90,63 @@ bool CatalogStore::isValidPath(const QString& path)
     return true;
 }
 
+CatalogStore::CatalogStore(Database& database)
+    : m_database(database)
+{ }
+
+CatalogStore::~CatalogStore() = default;
+
+QSqlQuery& CatalogStore::prepared(std::unique_ptr<QSqlQuery>& query, const QString& statement)
+{
+    if (!query)
+        query = std::make_unique<QSqlQuery>(m_database.prepare(statement));
+    return *query;
+}
+
 qint64 CatalogStore::ensureEntry(const QUuid& account, const QString& prefix, const QString& path, bool isFile)
 {
     const Split parts = split(path);
-    QSqlQuery insert = m_database.prepare(
+    QSqlQuery& upsert = prepared(m_upsertEntry,
         QStringLiteral("INSERT INTO catalog_entries (account_id, prefix, parent, name, kind, is_file) "
                        "VALUES (?, ?, ?, ?, ?, ?) ON CONFLICT (account_id, prefix, parent, name) "
                        "DO UPDATE SET kind = excluded.kind, is_file = excluded.is_file "
                        "WHERE catalog_entries.is_file <> excluded.is_file"));
-    insert.addBindValue(Database::text(account.toString()));
-    insert.addBindValue(Database::text(prefix));
-    insert.addBindValue(Database::text(parts.parent));
-    insert.addBindValue(Database::text(parts.name));
-    insert.addBindValue(isFile ? int(CatalogItem::File) : folderKind(parts.parent));
-    insert.addBindValue(isFile ? 1 : 0);
-    m_database.exec(insert);
-    QSqlQuery id = m_database.prepare(QStringLiteral(
-        "SELECT id FROM catalog_entries WHERE account_id = ? AND prefix = ? AND parent = ? AND name = ?"));
-    id.addBindValue(Database::text(account.toString()));
-    id.addBindValue(Database::text(prefix));
-    id.addBindValue(Database::text(parts.parent));
-    id.addBindValue(Database::text(parts.name));
+    upsert.bindValue(0, account.toString());
+    upsert.bindValue(1, Database::text(prefix));
+    upsert.bindValue(2, Database::text(parts.parent));
+    upsert.bindValue(3, Database::text(parts.name));
+    upsert.bindValue(4, isFile ? int(CatalogItem::File) : folderKind(parts.parent));
+    upsert.bindValue(5, isFile ? 1 : 0);
+    m_database.exec(upsert);
+    if (!isFile)
+        return 0;
+    QSqlQuery& id = prepared(m_entryId,
+        QStringLiteral(
+            "SELECT id FROM catalog_entries WHERE account_id = ? AND prefix = ? AND parent = ? AND name = ?"));
+    id.bindValue(0, account.toString());
+    id.bindValue(1, Database::text(prefix));
+    id.bindValue(2, Database::text(parts.parent));
+    id.bindValue(3, Database::text(parts.name));
     return m_database.scalar(id, 0).toLongLong();
+}
+
+void CatalogStore::ensureFolders(const QUuid& account, const QString& prefix, const QString& path)
+{
+    const QString key = account.toString() + QLatin1Char('|') + prefix + QLatin1Char('|') + path;
+    if (m_folders.contains(key))
+        return;
+    const int slash = path.lastIndexOf(QLatin1Char('/'));
+    if (slash > 0)
+        ensureFolders(account, prefix, path.left(slash));
+    ensureEntry(account, prefix, path, false);
+    m_folders.insert(key);
 }
 
 void CatalogStore::addFolder(const QUuid& account, const QString& prefix, const QString& path)
 {
     if (path.isEmpty() || !isValidPath(path))
         throw QStringLiteral("\"%1\" is not a path the catalog can hold").arg(path);
-    int slash = 0;
-    while ((slash = path.indexOf(QLatin1Char('/'), slash + 1)) > 0)
-        ensureEntry(account, prefix, path.left(slash), false);
-    ensureEntry(account, prefix, path, false);
+    ensureFolders(account, prefix, path);
 }
 
 void CatalogStore::addVersion(
@@ -131,23 +156,23 @@ void CatalogStore::addVersion(
         throw QStringLiteral("\"%1\" is not a path the catalog can hold").arg(path);
     const int last = path.lastIndexOf(QLatin1Char('/'));
     if (last > 0)
-        addFolder(account, prefix, path.left(last));
+        ensureFolders(account, prefix, path.left(last));
     const qint64 entry = ensureEntry(account, prefix, path, true);
-    QSqlQuery insert = m_database.prepare(
+    QSqlQuery& insert = prepared(m_upsertVersion,
         QStringLiteral("INSERT OR REPLACE INTO catalog_versions (entry_id, snapshot, backup_utc, modified_utc, size, "
                        "original_size, is_encrypted, is_compressed, is_full, revision, attribute) "
                        "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
-    insert.addBindValue(entry);
-    insert.addBindValue(Database::text(version.snapshot));
-    insert.addBindValue(Database::text(StoreTime::toText(version.backupTime)));
-    insert.addBindValue(Database::text(StoreTime::toText(version.modified)));
-    insert.addBindValue(version.size);
-    insert.addBindValue(version.originalSize);
-    insert.addBindValue(version.encrypted ? 1 : 0);
-    insert.addBindValue(version.compressed ? 1 : 0);
-    insert.addBindValue(version.full ? 1 : 0);
-    insert.addBindValue(version.revision);
-    insert.addBindValue(version.attribute);
+    insert.bindValue(0, entry);
+    insert.bindValue(1, Database::text(version.snapshot));
+    insert.bindValue(2, Database::text(StoreTime::toText(version.backupTime)));
+    insert.bindValue(3, Database::text(StoreTime::toText(version.modified)));
+    insert.bindValue(4, version.size);
+    insert.bindValue(5, version.originalSize);
+    insert.bindValue(6, version.encrypted ? 1 : 0);
+    insert.bindValue(7, version.compressed ? 1 : 0);
+    insert.bindValue(8, version.full ? 1 : 0);
+    insert.bindValue(9, version.revision);
+    insert.bindValue(10, version.attribute);
     m_database.exec(insert);
 }
 
@@ -240,6 +265,7 @@ void CatalogStore::removeAccount(const QUuid& account)
     QSqlQuery query = m_database.prepare(QStringLiteral("DELETE FROM catalog_entries WHERE account_id = ?"));
     query.addBindValue(Database::text(account.toString()));
     m_database.exec(query);
+    m_folders.clear();
 }
 
 } // namespace TWB::Service

@@ -2,10 +2,13 @@
 
 #include <QDateTime>
 #include <QList>
+#include <QSet>
+#include <QSqlQuery>
 #include <QString>
 #include <QStringList>
 #include <QUuid>
 
+#include <memory>
 #include <optional>
 
 namespace TWB::Service {
@@ -45,12 +48,16 @@ struct CatalogItem
 
 /// What each storage holds, by account, prefix and path. Paths are absolute, "/" separated, and
 /// every folder on the way to a file is an entry of its own: "/TWB_VOLUMES", "/TWB_VOLUMES/root", ...
+///
+/// An object keeps its prepared statements and the folders it has seen, so that filling the catalog
+/// after a run costs about two statements per file: use one object per transaction.
 class CatalogStore final
 {
 public:
-    explicit CatalogStore(Database& database)
-        : m_database(database)
-    { }
+    explicit CatalogStore(Database& database);
+    ~CatalogStore();
+    CatalogStore(const CatalogStore&) = delete;
+    CatalogStore& operator=(const CatalogStore&) = delete;
 
     /// Whether a path is one the catalog can hold: absolute, no empty, "." or ".." part, no
     /// trailing "/". The root itself is the empty path.
@@ -77,8 +84,14 @@ public:
 
 private:
     qint64 ensureEntry(const QUuid& account, const QString& prefix, const QString& path, bool isFile);
+    void ensureFolders(const QUuid& account, const QString& prefix, const QString& path);
+    QSqlQuery& prepared(std::unique_ptr<QSqlQuery>& query, const QString& statement);
 
     Database& m_database;
+    std::unique_ptr<QSqlQuery> m_upsertEntry;
+    std::unique_ptr<QSqlQuery> m_entryId;
+    std::unique_ptr<QSqlQuery> m_upsertVersion;
+    QSet<QString> m_folders; // account, prefix and path of folders known to be there
 };
 
 } // namespace TWB::Service
