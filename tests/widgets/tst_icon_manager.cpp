@@ -1,0 +1,214 @@
+#include "support/test_environment.h"
+#include "widgets/icon_manager.h"
+#include "widgets/image_manager.h"
+
+#include <QFile>
+#include <QIcon>
+#include <QImage>
+#include <QImageReader>
+#include <QMetaEnum>
+#include <QPainter>
+#include <QSvgRenderer>
+#include <QtTest>
+
+using namespace TWB::GUI;
+using TWB::Test::TestEnvironment;
+
+namespace {
+
+/// Whether anything solid was drawn: a missing or broken resource renders fully transparent.
+bool hasInk(const QImage& image)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (qAlpha(image.pixel(x, y)) == 255)
+                return true;
+        }
+    }
+    return false;
+}
+
+QList<int> enumValues(const char* name)
+{
+    const QMetaObject& meta = IconManager::staticMetaObject;
+    const QMetaEnum type = meta.enumerator(meta.indexOfEnumerator(name));
+    QList<int> values;
+    for (int i = 0; i < type.keyCount(); ++i)
+        values.append(type.value(i));
+    return values;
+}
+
+} // namespace
+
+class TestIconManager : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyNumberedIconHasBothDensities_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("size");
+        QTest::addColumn<int>("edge");
+        for (const int type : enumValues("Type")) {
+            const QByteArray name = QMetaEnum::fromType<IconManager::Type>().valueToKey(type);
+            QTest::newRow(name + " small") << type << int(IconManager::Small) << 16;
+            QTest::newRow(name + " large") << type << int(IconManager::Large) << 32;
+        }
+    }
+
+    void everyNumberedIconHasBothDensities()
+    {
+        QFETCH(int, type);
+        QFETCH(int, size);
+        QFETCH(int, edge);
+        const QIcon icon = IconManager::icon(type, size);
+        QVERIFY(!icon.isNull());
+        const QList<QSize> sizes = icon.availableSizes();
+        QVERIFY(sizes.contains(QSize(edge, edge)));
+        QVERIFY(sizes.contains(QSize(2 * edge, 2 * edge)));
+        // The pixmap for each density is drawn at that size, not scaled from the other.
+        for (const int pixels : {edge, 2 * edge}) {
+            const QImage image = icon.pixmap(QSize(pixels, pixels)).toImage();
+            QCOMPARE(image.size(), QSize(pixels, pixels));
+            QVERIFY2(hasInk(image), "the icon is empty");
+        }
+    }
+
+    void planStateIconsDiffer()
+    {
+        // The table of plan states depends on each number showing its own picture.
+        QSet<QByteArray> seen;
+        for (int type = IconManager::BackupPlan; type <= IconManager::RestorePlanSuccess; ++type) {
+            QImage image = IconManager::icon(type, IconManager::Small).pixmap(16, 16).toImage();
+            const QByteArray bytes(reinterpret_cast<const char*>(image.constBits()), int(image.sizeInBytes()));
+            QVERIFY2(!seen.contains(bytes), qPrintable(QStringLiteral("icon %1 repeats another").arg(type)));
+            seen.insert(bytes);
+        }
+    }
+
+    void unknownNumbersGiveEmptyIcons_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::newRow("negative") << -1;
+        QTest::newRow("zero") << 0;
+        QTest::newRow("between add and plans") << 13;
+        QTest::newRow("gap in the file series") << 40;
+        QTest::newRow("beyond") << 1000;
+    }
+
+    void unknownNumbersGiveEmptyIcons()
+    {
+        QFETCH(int, type);
+        QVERIFY(IconManager::icon(type, IconManager::Small).isNull());
+        QVERIFY(IconManager::path(type).isEmpty());
+    }
+
+    void everyStorageHasAnIcon()
+    {
+        const QList<int> storages = enumValues("Storage");
+        QCOMPARE(storages.size(), 23);
+        for (const int storage : storages) {
+            const QIcon icon = IconManager::storage(storage, IconManager::Large);
+            QVERIFY2(!icon.isNull(), qPrintable(QString::number(storage)));
+            QVERIFY(hasInk(icon.pixmap(32, 32).toImage()));
+        }
+        for (const int unknown : {-1, 10, 11, 23, 26})
+            QVERIFY(IconManager::storage(unknown, IconManager::Small).isNull());
+    }
+
+    void namedResourceFilesExist_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("backup") << QStringLiteral("://images/backup.png") << QSize(16, 16);
+        QTest::newRow("backup@2x") << QStringLiteral("://images/backup@2x.png") << QSize(32, 32);
+        QTest::newRow("restore") << QStringLiteral("://images/restore.png") << QSize(16, 16);
+        QTest::newRow("restore@2x") << QStringLiteral("://images/restore@2x.png") << QSize(32, 32);
+        QTest::newRow("start") << QStringLiteral("://images/plan_state_start.png") << QSize(16, 16);
+        QTest::newRow("start@2x") << QStringLiteral("://images/plan_state_start@2x.png") << QSize(32, 32);
+        QTest::newRow("no") << QStringLiteral("://images/plan_state_no.png") << QSize(16, 16);
+        QTest::newRow("no@2x") << QStringLiteral("://images/plan_state_no@2x.png") << QSize(32, 32);
+        QTest::newRow("wheel") << QStringLiteral("://images/process32.gif") << QSize(16, 16);
+        QTest::newRow("wheel@2x") << QStringLiteral("://images/process32@2x.gif") << QSize(32, 32);
+        QTest::newRow("arrow") << QStringLiteral(":/images/right_arrow.svg") << QSize(16, 16);
+        QTest::newRow("symlink") << QStringLiteral("://images/symlink_icon32.svg") << QSize(32, 32);
+        QTest::newRow("background") << QStringLiteral("://images/background.svg") << QSize(400, 240);
+        QTest::newRow("s3") << QStringLiteral("://images/s3.svg") << QSize(80, 70);
+        QTest::newRow("google") << QStringLiteral("://images/google.svg") << QSize(80, 70);
+        QTest::newRow("azure") << QStringLiteral("://images/azure.svg") << QSize(80, 70);
+    }
+
+    void namedResourceFilesExist()
+    {
+        QFETCH(QString, path);
+        QFETCH(QSize, size);
+        QVERIFY(QFile::exists(path));
+        if (path.endsWith(QLatin1String(".svg"))) {
+            QSvgRenderer renderer(path);
+            QVERIFY(renderer.isValid());
+            QCOMPARE(renderer.defaultSize(), size);
+        } else {
+            QImageReader reader(path);
+            QCOMPARE(reader.size(), size);
+            QVERIFY(!reader.read().isNull());
+        }
+    }
+
+    void imagesRenderAtTheirLogicalSize_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("logo") << int(ImageManager::Logo) << QSize(64, 64);
+        QTest::newRow("clouds") << int(ImageManager::CloudsBackground) << QSize(400, 240);
+        QTest::newRow("wizard background") << int(ImageManager::WizardBackground) << QSize(170, 460);
+    }
+
+    void imagesRenderAtTheirLogicalSize()
+    {
+        QFETCH(int, type);
+        QFETCH(QSize, size);
+        QCOMPARE(ImageManager::imageSize(type), size);
+        const QPixmap single = ImageManager::image(type, 1.0);
+        QCOMPARE(single.size(), size);
+        QCOMPARE(single.devicePixelRatio(), 1.0);
+        const QPixmap twice = ImageManager::image(type, 2.0);
+        QCOMPARE(twice.size(), size * 2);
+        QCOMPARE(twice.devicePixelRatio(), 2.0);
+        QVERIFY(hasInk(twice.toImage()));
+        QCOMPARE(ImageManager::image(type).size() / ImageManager::image(type).devicePixelRatio(), size);
+    }
+
+    void unknownImageIsNull()
+    {
+        QVERIFY(ImageManager::image(7).isNull());
+        QVERIFY(!ImageManager::imageSize(7).isValid());
+    }
+
+    void renderIconSheet()
+    {
+        // Every icon at 1x and 2x side by side, on the window colour, for a look by eye.
+        QList<QIcon> icons;
+        for (const int type : enumValues("Type"))
+            icons.append(IconManager::icon(type, IconManager::Small));
+        for (const int storage : enumValues("Storage"))
+            icons.append(IconManager::storage(storage, IconManager::Small));
+        const int columns = 12;
+        const int rows = (icons.size() + columns - 1) / columns;
+        QImage sheet(columns * 60, rows * 40, QImage::Format_ARGB32);
+        sheet.fill(QColor(239, 239, 239));
+        QPainter painter(&sheet);
+        for (int i = 0; i < icons.size(); ++i) {
+            const QPoint cell((i % columns) * 60, (i / columns) * 40);
+            painter.drawPixmap(cell + QPoint(4, 12), icons.at(i).pixmap(16, 16));
+            painter.drawPixmap(cell + QPoint(24, 4), icons.at(i).pixmap(32, 32));
+        }
+        painter.end();
+        QVERIFY(sheet.save(TestEnvironment::outputDir() + QStringLiteral("/icon_sheet.png")));
+        QVERIFY(ImageManager::image(ImageManager::WizardBackground, 1.0)
+                    .save(TestEnvironment::outputDir() + QStringLiteral("/image_wizard_background.png")));
+    }
+};
+
+QTEST_MAIN(TestIconManager)
+#include "tst_icon_manager.moc"
