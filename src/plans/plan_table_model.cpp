@@ -1,5 +1,6 @@
 #include "plans/plan_table_model.h"
 
+#include "plans/plan_states.h"
 #include "platform/communication/command_params.h"
 #include "platform/communication/icommand.h"
 #include "platform/communication/iparser.h"
@@ -8,6 +9,7 @@
 #include "platform/communication/notification_types.h"
 #include "platform/communication/parser_factory.h"
 #include "platform/logging/twl_debug.h"
+#include "widgets/icon_manager.h"
 
 #include <QDateTime>
 #include <QJsonArray>
@@ -223,6 +225,31 @@ void PlanTableModel::changeState(const QUuid& id, int state)
     loadInfo(id);
 }
 
+int PlanTableModel::palnStatusIconType(int type, int status)
+{
+    if (type != 1 && type != 2)
+        return 0;
+    const bool backup = type == 1;
+    switch (status) {
+    case PlanStates::Running:
+        return backup ? IconManager::BackupPlanRunning : IconManager::RestorePlanRunning;
+    case PlanStates::Success:
+        return backup ? IconManager::BackupPlanSuccess : IconManager::RestorePlanSuccess;
+    case PlanStates::Warning:
+        return backup ? IconManager::BackupPlanWarning : IconManager::RestorePlanWarning;
+    case PlanStates::Fail:
+        return backup ? IconManager::BackupPlanFail : IconManager::RestorePlanFail;
+    default:
+        return backup ? IconManager::BackupPlan : IconManager::RestorePlan;
+    }
+}
+
+QIcon PlanTableModel::palnStatusIcon(int type, int status)
+{
+    const int icon = palnStatusIconType(type, status);
+    return icon ? IconManager::icon(icon, IconManager::Small) : QIcon();
+}
+
 QModelIndex PlanTableModel::index(int row, int column, const QModelIndex&) const
 {
     if (row < 0 || column < 0)
@@ -256,6 +283,15 @@ QVariant PlanTableModel::data(const QModelIndex& index, int role) const
         if (index.column() == LastRunTimeColumn || index.column() == NextRunColumn)
             return localTimeText(plan.value(KEY.value(index.column())).toString());
         return plan.value(KEY.value(index.column()));
+    }
+    if (role == Qt::DecorationRole && index.column() == 1) {
+        const int subType = plan.value(QStringLiteral("SubType")).toInt();
+        if (subType != 1 && subType != 2)
+            return QVariant();
+        // A running plan shows that it runs; an idle one shows how its last run ended.
+        const bool running = plan.value(QStringLiteral("Status")).toInt() == 1;
+        const int lastRunStatus = plan.value(QStringLiteral("LastRunStatus")).toInt();
+        return palnStatusIcon(subType, running ? int(PlanStates::Running) : lastRunStatus);
     }
     return QVariant();
 }

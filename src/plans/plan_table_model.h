@@ -3,6 +3,7 @@
 #include "frame/base_model.h"
 #include "twbconsole_export.h"
 
+#include <QIcon>
 #include <QJsonDocument>
 #include <QMap>
 #include <QUuid>
@@ -28,6 +29,12 @@ public:
     bool init() override;
     /// Asks the service for one plan and adds or replaces its row when the answer comes.
     bool loadInfo(const QUuid& id);
+
+    /// The icon of a plan kind (1 backup, 2 restore) in a plan state: running, success, warning, fail, or any
+    /// other state. Empty for any other kind.
+    static QIcon palnStatusIcon(int type, int status);
+    /// The IconManager type behind palnStatusIcon(); 0 for a kind that has no icon.
+    static int palnStatusIconType(int type, int status);
 
     QModelIndex index(int row, int column, const QModelIndex& parent = QModelIndex()) const override;
     QModelIndex parent(const QModelIndex& child) const override;

@@ -6,6 +6,7 @@
 #include "support/fake_service.h"
 #include "support/log_capture.h"
 #include "support/test_environment.h"
+#include "widgets/icon_manager.h"
 
 #include <QAbstractItemModelTester>
 #include <QLocale>
@@ -380,6 +381,47 @@ private Q_SLOTS:
         QTRY_VERIFY(log.contains(QtDebugMsg, QStringLiteral("TWB"), QStringLiteral("Notiifcation is 0x00")));
         QCOMPARE(changed.count(), 0);
         QCOMPARE(updated.count(), 0);
+    }
+
+    void nameShowsTheRunOrHowTheLastRunEnded_data()
+    {
+        QTest::addColumn<int>("subType");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<int>("lastRunStatus");
+        QTest::addColumn<int>("icon");
+        QTest::newRow("backup, success") << 1 << 2 << 6 << int(IconManager::BackupPlanSuccess);
+        QTest::newRow("backup, warning") << 1 << 2 << 7 << int(IconManager::BackupPlanWarning);
+        QTest::newRow("backup, fail") << 1 << 2 << 8 << int(IconManager::BackupPlanFail);
+        QTest::newRow("backup, interrupted") << 1 << 2 << 9 << int(IconManager::BackupPlan);
+        QTest::newRow("backup running after a fail") << 1 << 1 << 8 << int(IconManager::BackupPlanRunning);
+        QTest::newRow("restore, success") << 2 << 2 << 6 << int(IconManager::RestorePlanSuccess);
+        QTest::newRow("restore, fail") << 2 << 2 << 8 << int(IconManager::RestorePlanFail);
+        QTest::newRow("restore running") << 2 << 1 << 6 << int(IconManager::RestorePlanRunning);
+        QTest::newRow("restore, never ran") << 2 << 2 << -1 << int(IconManager::RestorePlan);
+        QTest::newRow("unknown kind") << 3 << 1 << 6 << 0;
+    }
+
+    void nameShowsTheRunOrHowTheLastRunEnded()
+    {
+        QFETCH(int, subType);
+        QFETCH(int, status);
+        QFETCH(int, lastRunStatus);
+        QFETCH(int, icon);
+        m_rows.put(planRow(QUuid::createUuid(), QStringLiteral("Photos"), subType, status, lastRunStatus));
+        QVERIFY(load());
+        const QVariant decoration = m_table->index(0, 1).data(Qt::DecorationRole);
+        if (!icon) {
+            QVERIFY(!decoration.isValid());
+            return;
+        }
+        QVERIFY(decoration.canConvert<QIcon>());
+        const QImage shown = decoration.value<QIcon>().pixmap(16, 16).toImage();
+        QVERIFY(!shown.isNull());
+        QCOMPARE(shown, IconManager::icon(icon, IconManager::Small).pixmap(16, 16).toImage());
+        // The comparison means something only if the states look different.
+        const int plain = subType == 1 ? IconManager::BackupPlan : IconManager::RestorePlan;
+        if (icon != plain)
+            QVERIFY(shown != IconManager::icon(plain, IconManager::Small).pixmap(16, 16).toImage());
     }
 
     void filterShowsOneKindSortedByNumbers()
