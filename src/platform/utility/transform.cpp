@@ -9,7 +9,7 @@ namespace SHARED::functions::help::transform {
 
 QString from_byte_to_norm(double bytes)
 {
-    if (std::isnan(bytes))
+    if (std::isnan(bytes) || std::isinf(bytes))
         return QCoreApplication::translate("transform", "N/A");
     const QString sign = bytes < 0 ? QStringLiteral("-") : QString();
     double value = std::fabs(bytes);
