@@ -1,0 +1,797 @@
+#include "storages/storage_connections_model.h"
+#include "storages/storage_connections_sort_model.h"
+#include "platform/communication/connection_manager.h"
+#include "platform/communication/manager.h"
+#include "platform/communication/notification_center.h"
+#include "platform/communication/notification_types.h"
+#include "storage_test_rows.h"
+#include "support/fake_service.h"
+#include "support/log_capture.h"
+#include "support/test_environment.h"
+
+#include <QAbstractItemModelTester>
+#include <QFile>
+#include <QImage>
+#include <QJsonArray>
+#include <QSignalSpy>
+#include <QTimer>
+#include <QtTest>
+
+#include <memory>
+
+using namespace TWB::GUI;
+using TWB::Common::Communication::ConnectionManager;
+using TWB::Common::Communication::Manager;
+using TWB::Common::Communication::NotificationCenter;
+using TWB::Test::FakeReply;
+using TWB::Test::FakeRequest;
+using TWB::Test::FakeService;
+using TWB::Test::LogCapture;
+using TWB::Test::StorageRows;
+using TWB::Test::TestEnvironment;
+namespace NotificationType = TWB::Common::Communication::Notification::Type;
+
+namespace {
+
+using Tester = QAbstractItemModelTester;
+
+QStringList names(const QAbstractItemModel& model)
+{
+    QStringList result;
+    for (int row = 0; row < model.rowCount(); ++row)
+        result << model.index(row, 0).data().toString();
+    return result;
+}
+
+int rowOf(const QAbstractItemModel& model, const QUuid& id)
+{
+    const QModelIndexList hits = model.match(model.index(0, 1), Qt::DisplayRole, id.toString(), 1, Qt::MatchExactly);
+    return hits.isEmpty() ? -1 : hits.first().row();
+}
+
+/// Writes the model's row signals into a list, in the order they come.
+void recordSignals(StorageConnectionsModel& model, QStringList& out)
+{
+    QObject::connect(&model, &QAbstractItemModel::dataChanged, &model,
+        [&out](const QModelIndex& from, const QModelIndex& to, const QVector<int>& roles) {
+            out << QStringLiteral("changed %1 %2-%3%4")
+                       .arg(from.row())
+                       .arg(from.column())
+                       .arg(to.column())
+                       .arg(roles.isEmpty() ? QString() : QStringLiteral(" with roles"));
+        });
+    QObject::connect(
+        &model, &QAbstractItemModel::rowsInserted, &model, [&out](const QModelIndex&, int first, int last) {
+            out << QStringLiteral("inserted %1-%2").arg(first).arg(last);
+        });
+    QObject::connect(&model, &QAbstractItemModel::rowsRemoved, &model, [&out](const QModelIndex&, int first, int last) {
+        out << QStringLiteral("removed %1-%2").arg(first).arg(last);
+    });
+    QObject::connect(&model, &BaseModel::complite, &model, [&out] { out << QStringLiteral("complite"); });
+}
+
+QImage pixels(const QIcon& icon)
+{
+    return icon.pixmap(16, 16).toImage();
+}
+
+} // namespace
+
+/// The storage list against a scripted service: loading, refreshing, removing and following notifications.
+class TestStorageConnectionsModel : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<TestEnvironment> m_env;
+    FakeService m_service;
+    std::unique_ptr<StorageRows> m_rows;
+
+    void notify(const char* type, const QUuid& id = QUuid())
+    {
+        m_service.notify(
+            QLatin1String(type), id.isNull() ? QJsonObject() : QJsonObject {{QStringLiteral("id"), id.toString()}});
+    }
+
+    /// A model holding the service's present accounts. The tester is attached once the first load is in: a
+    /// full load announces new rows only after their data, which the tester rightly reads as a breach.
+    std::unique_ptr<StorageConnectionsModel> loadedModel()
+    {
+        auto model = std::make_unique<StorageConnectionsModel>();
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        if (!model->init() || !complite.wait())
+            return nullptr;
+        return model;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_env = std::make_unique<TestEnvironment>();
+        QVERIFY(m_service.listen(m_env->socketPath()));
+        QVERIFY(ConnectionManager::instance());
+        TestEnvironment::speedUpChannel();
+        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
+        QVERIFY(m_service.waitForClient());
+    }
+
+    void init()
+    {
+        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
+        m_rows = std::make_unique<StorageRows>(m_service);
+        m_service.on(QStringLiteral("StorageDeleteFileSystem"),
+            FakeReply::ok({{QStringLiteral("storageDeleteFileSystem"), QStringLiteral("success")}}));
+        m_service.clearRequests();
+        qputenv("USER", "alice");
+        QFile::remove(m_env->configFile());
+    }
+
+    void fullLoadShowsEveryAccountAsTheServiceSentIt()
+    {
+        const QUuid home = m_rows->add(QStringLiteral("Home NAS"), 1);
+        const QUuid s3 = m_rows->add(QStringLiteral("Offsite"), 2);
+        StorageConnectionsModel model;
+        QSignalSpy updated(&model, &BaseModel::updated);
+        QSignalSpy complite(&model, &BaseModel::complite);
+        QVERIFY(model.init());
+        QCOMPARE(updated.count(), 1);
+        QVERIFY(complite.wait());
+        Tester tester(&model, Tester::FailureReportingMode::QtTest);
+
+        // The list request names nothing: the service answers with every account of the session.
+        const FakeRequest request = m_service.requests(QStringLiteral("StorageGetConnection")).first();
+        QVERIFY(request.params.isEmpty());
+
+        QCOMPARE(model.rowCount(), 2);
+        QCOMPARE(model.columnCount(), 10);
+        QCOMPARE(names(model), (QStringList {"Home NAS", "Offsite"}));
+        QCOMPARE(QUuid(model.index(0, 1).data().toString()), home);
+        QCOMPARE(model.index(0, 2).data().toString(), QStringLiteral("/srv/backup/Home NAS"));
+        QCOMPARE(model.index(0, 3).data().toString(), QStringLiteral("laptop"));
+        QCOMPARE(model.index(0, 4).data().toStringList(), (QStringList {"laptop", "desktop"}));
+        QCOMPARE(model.index(1, 5).data().toInt(), 2);
+        QCOMPARE(model.index(1, 6).data().toLongLong(), 500107862016LL);
+        QCOMPARE(model.index(1, 7).data().toLongLong(), 1073741824LL);
+        QCOMPARE(model.index(1, 9).data().toBool(), false);
+        QCOMPARE(QUuid(model.index(1, 1).data().toString()), s3);
+
+        // The back-end's settings come out as the JSON object they were saved as, nested values included.
+        const QVariant detail = model.index(1, 8).data();
+        QCOMPARE(detail.userType(), qMetaTypeId<QJsonObject>());
+        QCOMPARE(
+            detail.toJsonObject().value(QStringLiteral("ContainerName")).toString(), QStringLiteral("offsite-bucket"));
+        QCOMPARE(detail.toJsonObject().value(QStringLiteral("UseSsl")).toBool(), true);
+        QCOMPARE(model.index(0, 8).data().toJsonObject().value(QStringLiteral("Path")).toString(),
+            QStringLiteral("/srv/backup/Home NAS"));
+
+        // Only the name carries the back-end's icon, and only the two first roles carry anything.
+        QVERIFY(!model.index(0, 0).data(Qt::DecorationRole).value<QIcon>().isNull());
+        QVERIFY(!model.index(0, 1).data(Qt::DecorationRole).isValid());
+        QVERIFY(!model.index(0, 0).data(Qt::EditRole).isValid());
+        QVERIFY(!model.index(0, 0).data(Qt::ToolTipRole).isValid());
+        QVERIFY(!model.data(QModelIndex()).isValid());
+        QCOMPARE(model.flags(model.index(1, 4)), Qt::ItemIsSelectable | Qt::ItemIsEnabled);
+    }
+
+    void headerTexts_data()
+    {
+        QTest::addColumn<int>("section");
+        QTest::addColumn<QVariant>("text");
+        const char* const texts[] = {"Display Name", "ID", "Path", "Prefix", "Prefixs", "Type", "Space Limit",
+            "Space Used", "Detail Params", "Sync status"};
+        for (int section = 0; section < 10; ++section)
+            QTest::addRow("column %d", section) << section << QVariant(QString::fromLatin1(texts[section]));
+        QTest::newRow("past the last column") << 10 << QVariant();
+        QTest::newRow("before the first column") << -1 << QVariant();
+    }
+
+    void headerTexts()
+    {
+        QFETCH(int, section);
+        QFETCH(QVariant, text);
+        StorageConnectionsModel model;
+        QCOMPARE(model.headerData(section, Qt::Horizontal, Qt::DisplayRole), text);
+        // Everything else is the base class's: row numbers down the side, no other roles.
+        QCOMPARE(model.headerData(0, Qt::Vertical, Qt::DisplayRole).toInt(), 1);
+        QVERIFY(!model.headerData(0, Qt::Horizontal, Qt::ToolTipRole).isValid());
+    }
+
+    void newAccountsOfAFullLoadAreAnnouncedOnceAfterTheirData()
+    {
+        const QUuid kept = m_rows->add(QStringLiteral("Kept"), 2);
+        const QUuid gone = m_rows->add(QStringLiteral("Gone"), 3);
+        auto model = loadedModel();
+        QVERIFY(model);
+        // A proxy watched by a tester from here on: whatever the order of the list's own signals, what a view
+        // sees through a proxy must stay consistent.
+        StorageConnectionsSortModel sorted;
+        sorted.setSourceModel(model.get());
+        sorted.sort(0);
+        Tester sortedTester(&sorted, Tester::FailureReportingMode::QtTest);
+
+        m_rows->remove(gone);
+        m_rows->rename(kept, QStringLiteral("Kept, renamed"));
+        const QUuid first = m_rows->add(QStringLiteral("First new"), 1);
+        m_rows->add(QStringLiteral("Second new"), 7);
+        QStringList seen;
+        recordSignals(*model, seen);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        notify(NotificationType::StorageListChanged);
+        QVERIFY(complite.wait());
+
+        QCOMPARE(seen,
+            (QStringList {
+                "changed 0 0-9", "changed 2 0-9", "changed 3 0-9", "inserted 2-3", "removed 1-1", "complite"}));
+        QCOMPARE(names(*model), (QStringList {"Kept, renamed", "First new", "Second new"}));
+        QCOMPARE(rowOf(*model, first), 1);
+        QCOMPARE(names(sorted), (QStringList {"Kept, renamed", "Second new", "First new"}));
+    }
+
+    void emptyFullLoadRemovesEveryRowOneByOne()
+    {
+        m_rows->add(QStringLiteral("One"), 1);
+        m_rows->add(QStringLiteral("Two"), 2);
+        m_rows->add(QStringLiteral("Three"), 3);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        m_rows->rows.clear();
+        QSignalSpy removed(model.get(), &QAbstractItemModel::rowsRemoved);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        notify(NotificationType::StorageListChanged);
+        QVERIFY(complite.wait());
+        QCOMPARE(removed.count(), 3);
+        for (const QList<QVariant>& args : qAsConst(removed))
+            QCOMPARE(args.at(1).toInt(), args.at(2).toInt());
+        QCOMPARE(model->rowCount(), 0);
+    }
+
+    void failedLoadKeepsTheRows_data()
+    {
+        QTest::addColumn<FakeReply>("reply");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("service refuses") << FakeReply::fail(QStringLiteral("The account store is locked"))
+                                         << "The account store is locked";
+        QTest::newRow("connection lost") << FakeReply::closeConnection() << "Local command reply format error";
+    }
+
+    void failedLoadKeepsTheRows()
+    {
+        QFETCH(FakeReply, reply);
+        QFETCH(QString, text);
+        m_rows->add(QStringLiteral("Stays"), 1);
+        m_rows->add(QStringLiteral("Stays too"), 2);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        m_service.on(QStringLiteral("StorageGetConnection"), reply);
+        LogCapture log;
+        QSignalSpy error(model.get(), &BaseModel::error);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        QVERIFY(model->init());
+        QVERIFY(error.wait());
+        QCOMPARE(error.at(0).at(0).toString(), text);
+        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), text));
+        QCOMPARE(complite.count(), 0);
+        QCOMPARE(names(*model), (QStringList {"Stays", "Stays too"}));
+    }
+
+    void needRetryKeepsTheRowsAndAsksAgainAMinuteLater()
+    {
+        m_rows->add(QStringLiteral("Before"), 2);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        m_rows->needRetry = true;
+        m_service.clearRequests();
+        LogCapture log;
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        QSignalSpy error(model.get(), &BaseModel::error);
+        QSignalSpy asked(&m_service, &FakeService::requestReceived);
+        QVERIFY(model->init());
+        QVERIFY(asked.wait());
+        QTRY_VERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"),
+            QStringLiteral("GetConnection command return need retry... timeout 1 min")));
+        QCOMPARE(names(*model), QStringList {"Before"});
+        QCOMPARE(complite.count(), 0);
+        QCOMPARE(error.count(), 0);
+
+        auto* retry = model->findChild<QTimer*>();
+        QVERIFY(retry);
+        QVERIFY(retry->isActive());
+        QVERIFY(retry->isSingleShot());
+        QCOMPARE(retry->interval(), 60000);
+        QCOMPARE(retry->timerType(), Qt::CoarseTimer);
+
+        // The minute is cut short here; the retry itself is the model's.
+        m_rows->needRetry = false;
+        m_rows->rename(QUuid(m_rows->rows.first().value(QStringLiteral("ID")).toString()), QStringLiteral("After"));
+        retry->setInterval(0);
+        QVERIFY(complite.wait());
+        QCOMPARE(names(*model), QStringList {"After"});
+        QCOMPARE(m_service.requests(QStringLiteral("StorageGetConnection")).size(), 2);
+    }
+
+    void notificationsAreLoggedAndActedOn_data()
+    {
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<bool>("withId");
+        QTest::addColumn<QString>("logged");
+        QTest::addColumn<QString>("command");
+        QTest::newRow("update all") << NotificationType::StorageListChanged << false << "Update storges notification!"
+                                    << "StorageGetConnection";
+        QTest::newRow("add") << NotificationType::StorageAdded << true << "Add storge notification!    "
+                             << "StorageGetConnection";
+        QTest::newRow("update one") << NotificationType::StorageUpdated << true << "Update storge notification! "
+                                    << "StorageGetConnection";
+        QTest::newRow("remove") << NotificationType::StorageRemoved << true << "Remove storge notification! "
+                                << QString();
+        QTest::newRow("sync finished") << NotificationType::StorageSyncFinished << true
+                                       << "Syncstorges notification finished!" << QString();
+        QTest::newRow("sync started") << NotificationType::StorageSyncStarted << true
+                                      << "Syncstorges notification started!" << QString();
+    }
+
+    void notificationsAreLoggedAndActedOn()
+    {
+        QFETCH(QString, type);
+        QFETCH(bool, withId);
+        QFETCH(QString, logged);
+        QFETCH(QString, command);
+        const QUuid id = m_rows->add(QStringLiteral("Watched"), 2);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        m_service.clearRequests();
+        LogCapture log;
+        // A second, unrelated notification behind the first proves the first was handled.
+        QSignalSpy error(model.get(), &BaseModel::error);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        m_service.notify(type, withId ? QJsonObject {{QStringLiteral("id"), id.toString()}} : QJsonObject());
+        m_service.notify(
+            QLatin1String(NotificationType::StorageRemoved), {{QStringLiteral("id"), QUuid::createUuid().toString()}});
+        QTRY_COMPARE(error.count(), 1);
+        QVERIFY(log.contains(QtDebugMsg, QStringLiteral("TWB"), logged));
+        if (withId) {
+            bool idLogged = false;
+            for (const LogCapture::Entry& entry : log.entries())
+                idLogged = idLogged || (entry.message.contains(logged) && entry.message.contains(id.toString()));
+            QCOMPARE(idLogged, !logged.startsWith(QLatin1String("Sync")));
+        }
+        if (command.isEmpty()) {
+            QCOMPARE(m_service.requests().size(), 0);
+        } else {
+            QTRY_COMPARE(complite.count(), 1);
+            QCOMPARE(m_service.requests(command).size(), 1);
+        }
+    }
+
+    void addForANewAccountInsertsOneRow()
+    {
+        m_rows->add(QStringLiteral("Old"), 1);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        const QUuid id = m_rows->add(QStringLiteral("Newcomer"), 29);
+        QStringList seen;
+        recordSignals(*model, seen);
+        QSignalSpy updated(model.get(), &BaseModel::updated);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        notify(NotificationType::StorageAdded, id);
+        QVERIFY(complite.wait());
+        QCOMPARE(updated.count(), 1);
+        QCOMPARE(seen, (QStringList {"inserted 1-1", "complite"}));
+        QCOMPARE(model->index(1, 0).data().toString(), QStringLiteral("Newcomer"));
+        QCOMPARE(model->index(1, 5).data().toInt(), 29);
+    }
+
+    void addOrUpdateForAKnownAccountChangesTheRowOnly_data()
+    {
+        QTest::addColumn<QString>("type");
+        QTest::newRow("add") << NotificationType::StorageAdded;
+        QTest::newRow("update one") << NotificationType::StorageUpdated;
+    }
+
+    void addOrUpdateForAKnownAccountChangesTheRowOnly()
+    {
+        QFETCH(QString, type);
+        m_rows->add(QStringLiteral("Other"), 1);
+        const QUuid id = m_rows->add(QStringLiteral("Before"), 2);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        m_rows->rename(id, QStringLiteral("After"));
+        QStringList seen;
+        recordSignals(*model, seen);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        m_service.notify(type, {{QStringLiteral("id"), id.toString()}});
+        QVERIFY(complite.wait());
+        QCOMPARE(seen, (QStringList {"changed 1 0-9", "complite"}));
+        QCOMPARE(names(*model), (QStringList {"Other", "After"}));
+    }
+
+    void eachRefreshReplySettlesOnePendingAccount()
+    {
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        // Both accounts are in every reply, the later one first.
+        const QUuid first = QUuid::createUuid();
+        const QUuid second = QUuid::createUuid();
+        m_rows->rows = {TWB::Test::storageRow(second, QStringLiteral("Second"), 3),
+            TWB::Test::storageRow(first, QStringLiteral("First"), 2)};
+        QSignalSpy inserted(model.get(), &QAbstractItemModel::rowsInserted);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        model->editStorage(first);
+        model->editStorage(second);
+        QTRY_COMPARE(complite.count(), 2);
+        QCOMPARE(inserted.count(), 2);
+        // The first reply met "Second" first in its list.
+        QCOMPARE(names(*model), (QStringList {"Second", "First"}));
+
+        // A third reply with nothing pending changes nothing.
+        model->editStorage(QUuid::createUuid());
+        QTRY_COMPARE(complite.count(), 3);
+        QCOMPARE(inserted.count(), 2);
+        QCOMPARE(model->rowCount(), 2);
+    }
+
+    void refreshAnsweredWithNeedRetryStaysPending()
+    {
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        const QUuid id = m_rows->add(QStringLiteral("Late"), 2);
+        m_rows->needRetry = true;
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        model->editStorage(id);
+        QVERIFY(complite.wait());
+        QCOMPARE(model->rowCount(), 0);
+        // Only the full load waits a minute; a refresh just stays open.
+        QVERIFY(!model->findChild<QTimer*>()->isActive());
+
+        // Any later list reply that holds the account settles it, even one asked for another account.
+        m_rows->needRetry = false;
+        model->editStorage(QUuid::createUuid());
+        QVERIFY(complite.wait());
+        QCOMPARE(names(*model), QStringList {"Late"});
+    }
+
+    void failedRefreshEmitsTheText()
+    {
+        m_rows->add(QStringLiteral("Stays"), 1);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        m_service.on(QStringLiteral("StorageGetConnection"), FakeReply::fail(QStringLiteral("Store is busy")));
+        LogCapture log;
+        QSignalSpy error(model.get(), &BaseModel::error);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        notify(NotificationType::StorageUpdated, QUuid(m_rows->rows.first().value(QStringLiteral("ID")).toString()));
+        QVERIFY(error.wait());
+        QCOMPARE(error.at(0).at(0).toString(), QStringLiteral("Store is busy"));
+        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), QStringLiteral("Store is busy")));
+        QCOMPARE(complite.count(), 0);
+        QCOMPARE(names(*model), QStringList {"Stays"});
+    }
+
+    void removeNotificationDropsTheRow()
+    {
+        m_rows->add(QStringLiteral("First"), 1);
+        const QUuid id = m_rows->add(QStringLiteral("Middle"), 2);
+        m_rows->add(QStringLiteral("Last"), 3);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        QStringList seen;
+        recordSignals(*model, seen);
+        QSignalSpy updated(model.get(), &BaseModel::updated);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        notify(NotificationType::StorageRemoved, id);
+        QVERIFY(complite.wait());
+        QCOMPARE(updated.count(), 1);
+        QCOMPARE(seen, (QStringList {"removed 1-1", "complite"}));
+        QCOMPARE(names(*model), (QStringList {"First", "Last"}));
+        // Only the service was heard from: nothing was asked of it.
+        QCOMPARE(m_service.requests().size(), 1);
+    }
+
+    void removingAnUnknownAccountIsAnError()
+    {
+        m_rows->add(QStringLiteral("Only"), 1);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        LogCapture log;
+        QSignalSpy updated(model.get(), &BaseModel::updated);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        QSignalSpy error(model.get(), &BaseModel::error);
+        QSignalSpy removed(model.get(), &QAbstractItemModel::rowsRemoved);
+        model->removeStorage(QUuid::createUuid());
+        QCOMPARE(updated.count(), 1);
+        QCOMPARE(error.count(), 1);
+        QCOMPARE(error.at(0).at(0).toString(), QStringLiteral("There isn't such storage account in model"));
+        QCOMPARE(complite.count(), 0);
+        QCOMPARE(removed.count(), 0);
+        QCOMPARE(log.warnings(), 0);
+        QCOMPARE(model->rowCount(), 1);
+    }
+
+    void syncNotificationsSetTheSyncStatus()
+    {
+        m_rows->add(QStringLiteral("Other"), 1);
+        const QUuid id = m_rows->add(QStringLiteral("Synced"), 2);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        QStringList seen;
+        recordSignals(*model, seen);
+        QSignalSpy changed(model.get(), &QAbstractItemModel::dataChanged);
+        notify(NotificationType::StorageSyncStarted, id);
+        QVERIFY(changed.wait());
+        QCOMPARE(model->index(1, 9).data().toBool(), true);
+        QCOMPARE(model->index(0, 9).data().toBool(), false);
+        notify(NotificationType::StorageSyncFinished, id);
+        QVERIFY(changed.wait());
+        QCOMPARE(model->index(1, 9).data().toBool(), false);
+        QCOMPARE(seen, (QStringList {"changed 1 0-9", "changed 1 0-9"}));
+
+        // A full load replaces the whole map, the status with it.
+        notify(NotificationType::StorageSyncStarted, id);
+        QVERIFY(changed.wait());
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        QVERIFY(model->init());
+        QVERIFY(complite.wait());
+        QCOMPARE(model->index(1, 9).data().toBool(), false);
+    }
+
+    void notificationsThatConcernNoRowChangeNothing_data()
+    {
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<QJsonObject>("data");
+        QTest::addColumn<QString>("logged");
+        const QJsonObject unknownAccount {{QStringLiteral("id"), QUuid::createUuid().toString()}};
+        QTest::newRow("sync started, unknown account")
+            << NotificationType::StorageSyncStarted << unknownAccount << "Syncstorges notification started!";
+        QTest::newRow("sync finished, unknown account")
+            << NotificationType::StorageSyncFinished << unknownAccount << "Syncstorges notification finished!";
+        QTest::newRow("repository sync message")
+            << QString::fromLatin1(NotificationType::RepositorySyncMessage1) << unknownAccount << QString();
+        QTest::newRow("plan created") << QString::fromLatin1(NotificationType::PlanCreated) << unknownAccount
+                                      << QString();
+        QTest::newRow("undeclared type") << QUuid::createUuid().toString() << unknownAccount << "Notiifcation is 0x00";
+    }
+
+    void notificationsThatConcernNoRowChangeNothing()
+    {
+        QFETCH(QString, type);
+        QFETCH(QJsonObject, data);
+        QFETCH(QString, logged);
+        const QUuid known = m_rows->add(QStringLiteral("Untouched"), 2);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        m_service.clearRequests();
+        QStringList seen;
+        recordSignals(*model, seen);
+        QSignalSpy updated(model.get(), &BaseModel::updated);
+        QSignalSpy error(model.get(), &BaseModel::error);
+        LogCapture log;
+        m_service.notify(type, data);
+        // A sync notice for the known account behind it shows when the first has been handled.
+        notify(NotificationType::StorageSyncStarted, known);
+        QTRY_COMPARE(seen.size(), 1);
+        QCOMPARE(seen, QStringList {"changed 0 0-9"});
+        QCOMPARE(updated.count(), 0);
+        QCOMPARE(error.count(), 0);
+        QCOMPARE(m_service.requests().size(), 0);
+        if (!logged.isEmpty()) {
+            const bool sameAsFollower = logged == QLatin1String("Syncstorges notification started!");
+            QCOMPARE(log.count(QtDebugMsg, QStringLiteral("TWB"), logged), sameAsFollower ? 2 : 1);
+        }
+        QCOMPARE(log.warnings(), 0);
+    }
+
+    void removeRowsAsksTheServiceAndWaitsForItsNotice()
+    {
+        const QUuid first = m_rows->add(QStringLiteral("First"), 1);
+        const QUuid second = m_rows->add(QStringLiteral("Second"), 2);
+        m_rows->add(QStringLiteral("Third"), 3);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        QSignalSpy removed(model.get(), &QAbstractItemModel::rowsRemoved);
+        QVERIFY(model->removeRows(0, 2));
+        QTRY_COMPARE(complite.count(), 2);
+
+        const QList<FakeRequest> requests = m_service.requests(QStringLiteral("StorageDeleteFileSystem"));
+        QCOMPARE(requests.size(), 2);
+        QCOMPARE(requests.at(0).params.value(QStringLiteral("ID")).toString(), first.toString());
+        QCOMPARE(requests.at(1).params.value(QStringLiteral("ID")).toString(), second.toString());
+        QCOMPARE(requests.at(0).params.value(QStringLiteral("profile")).toString(), QStringLiteral("alice"));
+        QCOMPARE(removed.count(), 0);
+        QCOMPARE(model->rowCount(), 3);
+
+        notify(NotificationType::StorageRemoved, second);
+        notify(NotificationType::StorageRemoved, first);
+        QTRY_COMPARE(removed.count(), 2);
+        QCOMPARE(names(*model), QStringList {"Third"});
+    }
+
+    void removeRowsOutsideTheTableSendsNothing_data()
+    {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<int>("count");
+        QTest::newRow("past the end") << 2 << 1;
+        QTest::newRow("no rows") << 0 << 0;
+    }
+
+    void removeRowsOutsideTheTableSendsNothing()
+    {
+        QFETCH(int, row);
+        QFETCH(int, count);
+        m_rows->add(QStringLiteral("One"), 1);
+        m_rows->add(QStringLiteral("Two"), 2);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        m_service.clearRequests();
+        QSignalSpy error(model.get(), &BaseModel::error);
+        QVERIFY(model->removeRows(row, count));
+        // A full load behind it shows that no deletion went out before it.
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        QVERIFY(model->init());
+        QVERIFY(complite.wait());
+        QCOMPARE(m_service.requests().size(), 1);
+        QCOMPARE(error.count(), 0);
+    }
+
+    void refusedRemovalKeepsTheRowAndSaysWhy()
+    {
+        const QUuid id = m_rows->add(QStringLiteral("In use"), 1);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        const QString refusal = QStringLiteral("The storage account is used by the plans \"Documents\"");
+        m_service.on(QStringLiteral("StorageDeleteFileSystem"),
+            FakeReply::fail(refusal, {{QStringLiteral("storageDeleteFileSystem"), QStringLiteral("error")}}));
+        LogCapture log;
+        QSignalSpy error(model.get(), &BaseModel::error);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        QVERIFY(model->removeRows(0, 1));
+        QVERIFY(error.wait());
+        QCOMPARE(error.at(0).at(0).toString(), refusal);
+        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), refusal));
+        QCOMPARE(complite.count(), 0);
+        QCOMPARE(rowOf(*model, id), 0);
+    }
+
+    void removalWithoutUserSendsAnEmptyProfile()
+    {
+        const QUuid id = m_rows->add(QStringLiteral("Anyone's"), 1);
+        auto model = loadedModel();
+        QVERIFY(model);
+        qunsetenv("USER");
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        QVERIFY(model->removeRows(0, 1));
+        QVERIFY(complite.wait());
+        const FakeRequest request = m_service.requests(QStringLiteral("StorageDeleteFileSystem")).first();
+        QVERIFY(request.params.contains(QStringLiteral("profile")));
+        QCOMPARE(request.params.value(QStringLiteral("profile")).toString(), QString());
+        QCOMPARE(request.params.value(QStringLiteral("ID")).toString(), id.toString());
+    }
+
+    void resultSlotsWithoutACommandDoNothing()
+    {
+        m_rows->add(QStringLiteral("Only"), 1);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        QSignalSpy complite(model.get(), &BaseModel::complite);
+        QSignalSpy error(model.get(), &BaseModel::error);
+        LogCapture log;
+        model->onGetConnectionResult();
+        model->onEditStorage();
+        model->onRemovedResult();
+        QCOMPARE(complite.count(), 0);
+        QCOMPARE(error.count(), 0);
+        QCOMPARE(log.entries().size(), 0);
+        QCOMPARE(model->rowCount(), 1);
+    }
+
+    void standaloneIconsFollowTheBackEnd_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("icon");
+        const QList<QPair<int, int>> table = {{1, 9}, {2, 0}, {3, 1}, {4, 4}, {5, 5}, {6, 3}, {7, 2}, {8, 6}, {9, 7},
+            {10, 8}, {11, 13}, {12, 18}, {13, 17}, {14, 16}, {15, 19}, {19, 15}, {20, 14}, {21, 24}, {28, 20}, {29, 21},
+            {30, 25}, {31, 22}, {33, 12}};
+        for (const auto& entry : table) {
+            QTest::addRow("%s", qPrintable(TWL::Cloud::typeNames().value(TWL::Cloud::Type(entry.first))))
+                << entry.first << entry.second;
+        }
+        for (const int without : {0, 16, 22, 32, 34, 38, 99})
+            QTest::addRow("type %d has no icon", without) << without << -1;
+    }
+
+    void standaloneIconsFollowTheBackEnd()
+    {
+        QFETCH(int, type);
+        QFETCH(int, icon);
+        const QIcon shown = StorageConnectionsModel::storageIcon(TWL::Cloud::Type(type), IconManager::Large);
+        if (icon < 0) {
+            QVERIFY(shown.isNull());
+            return;
+        }
+        QVERIFY(!shown.isNull());
+        QVERIFY(shown.availableSizes().contains(QSize(32, 32)));
+        QCOMPARE(pixels(shown), pixels(IconManager::storage(icon, IconManager::Large)));
+        // Two back-ends never share artwork by accident of the table.
+        if (type != 1)
+            QVERIFY(pixels(shown) != pixels(IconManager::storage(IconManager::FileSystem, IconManager::Large)));
+    }
+
+    void managedEditionShowsTheProductIconForClouds()
+    {
+        const QString share = m_env->root() + QStringLiteral("/share");
+        QVERIFY(QDir().mkpath(share + QStringLiteral("/images")));
+        QImage mark(32, 32, QImage::Format_ARGB32);
+        mark.fill(QColor(200, 30, 40));
+        QVERIFY(mark.save(share + QStringLiteral("/images/MainIcon.ico"), "ICO"));
+        qputenv("TWB_SHARE_DIR", QFile::encodeName(share));
+        QFile config(m_env->configFile());
+        QVERIFY(config.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        config.write("edition = managed\n");
+        config.close();
+
+        const QImage product = pixels(StorageConnectionsModel::storageIcon(TWL::Cloud::AmazonS3, IconManager::Small));
+        QVERIFY(!product.isNull());
+        QCOMPARE(product.pixelColor(8, 8), QColor(200, 30, 40));
+        QCOMPARE(pixels(StorageConnectionsModel::storageIcon(TWL::Cloud::Aruba, IconManager::Small)), product);
+        QCOMPARE(pixels(StorageConnectionsModel::storageIcon(TWL::Cloud::FileSystem, IconManager::Small)),
+            pixels(IconManager::storage(IconManager::FileSystem, IconManager::Small)));
+
+        // The table shows the same icons, at the small size.
+        m_rows->add(QStringLiteral("Folder"), 1);
+        m_rows->add(QStringLiteral("Bucket"), 2);
+        auto model = loadedModel();
+        QVERIFY(model);
+        QCOMPARE(pixels(model->index(1, 0).data(Qt::DecorationRole).value<QIcon>()), product);
+        QCOMPARE(pixels(model->index(0, 0).data(Qt::DecorationRole).value<QIcon>()),
+            pixels(IconManager::storage(IconManager::FileSystem, IconManager::Small)));
+        QFile::remove(m_env->configFile());
+        qunsetenv("TWB_SHARE_DIR");
+    }
+
+    // Runs last: the channel's singletons do not come back once the application has quit.
+    void afterShutdownEverySendSaysTheManagerIsGone()
+    {
+        m_rows->add(QStringLiteral("Last"), 1);
+        auto model = loadedModel();
+        QVERIFY(model);
+        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
+        QVERIFY(QMetaObject::invokeMethod(QCoreApplication::instance(), "aboutToQuit"));
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(Manager::instance().isNull());
+        QVERIFY(NotificationCenter::instance().isNull());
+
+        LogCapture log;
+        QSignalSpy error(model.get(), &BaseModel::error);
+        QVERIFY(!model->init());
+        model->editStorage(QUuid::createUuid());
+        QVERIFY(!model->removeRows(0, 1));
+        QCOMPARE(error.count(), 3);
+        for (const QList<QVariant>& args : qAsConst(error))
+            QCOMPARE(args.at(0).toString(), QStringLiteral("Commnunication manager is 0x00"));
+        QCOMPARE(log.count(QtWarningMsg, QStringLiteral("TWB"), QStringLiteral("Commnunication manager is 0x00")), 3);
+        QCOMPARE(names(*model), QStringList {"Last"});
+
+        // A model made now has no notification centre to listen to, and says nothing about it.
+        StorageConnectionsModel late;
+        QCOMPARE(log.warnings(), 3);
+    }
+};
+
+QTEST_MAIN(TestStorageConnectionsModel)
+#include "tst_storage_connections_model.moc"
