@@ -265,14 +265,14 @@ IMAGES["wizard_background"] = svg(
     0,
     '<defs><linearGradient id="g" x1="0" y1="0" x2="0" y2="1">'
     '<stop offset="0" stop-color="#2b74c9"/><stop offset="1" stop-color="#173f70"/></linearGradient></defs>'
-    '<rect width="170" height="460" fill="url(#g)"/>'
+    '<rect width="170" height="620" fill="url(#g)"/>'
     + cloud_shape(18, 120, 1.3, "#ffffff", 0.95)
     + '<path d="M85 62l-17 17h11v22h12v-22h11z" fill="#2b74c9"/>'
-    + cloud_shape(-30, 330, 1.2, "#ffffff", 0.12)
-    + cloud_shape(80, 400, 1.0, "#ffffff", 0.10)
-    + cloud_shape(10, 460, 1.6, "#ffffff", 0.08),
+    + cloud_shape(-30, 490, 1.2, "#ffffff", 0.12)
+    + cloud_shape(80, 560, 1.0, "#ffffff", 0.10)
+    + cloud_shape(10, 620, 1.6, "#ffffff", 0.08),
     170,
-    460,
+    620,
 )
 
 IMAGES["logo"] = svg(

@@ -37,7 +37,8 @@ QSize ImageManager::imageSize(int type)
     case CloudsBackground:
         return QSize(400, 240);
     case WizardBackground:
-        return QSize(170, 460);
+        // Tall enough for the densest wizard page, the schedule with its weekly and daily parts.
+        return QSize(170, 620);
     default:
         return QSize();
     }

@@ -161,7 +161,7 @@ private Q_SLOTS:
         QTest::addColumn<QSize>("size");
         QTest::newRow("logo") << int(ImageManager::Logo) << QSize(64, 64);
         QTest::newRow("clouds") << int(ImageManager::CloudsBackground) << QSize(400, 240);
-        QTest::newRow("wizard background") << int(ImageManager::WizardBackground) << QSize(170, 460);
+        QTest::newRow("wizard background") << int(ImageManager::WizardBackground) << QSize(170, 620);
     }
 
     void imagesRenderAtTheirLogicalSize()
