@@ -1,19 +1,76 @@
 #include "app/console_window.h"
 
+#include "app/run_progress_delegate.h"
 #include "frame/application.h"
 #include "frame/application_event_controller.h"
+#include "frame/base_model.h"
+#include "frame/model_manager.h"
+#include "frame/model_names.h"
+#include "plans/duraton_delegate.h"
+#include "plans/plan_control_object.h"
+#include "plans/plan_quick_plan_status.h"
+#include "plans/plan_result_delegate.h"
+#include "plans/plan_status_list.h"
+#include "plans/plan_table_model.h"
+#include "plans/plan_xml_list.h"
+#include "plans/size_delegate.h"
+#include "plans/storage_name_delegate.h"
+#include "storages/storage_connections_sort_model.h"
 #include "platform/communication/connection_manager.h"
 #include "platform/defines/path.h"
+#include "widgets/icon_manager.h"
 
+#include <QAction>
+#include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QSettings>
 #include <QStatusBar>
-#include <QVBoxLayout>
+#include <QTabWidget>
+#include <QToolBar>
+#include <QTreeView>
+
+#include <memory>
 
 namespace TWB::Host {
 
 using TWB::Common::Communication::ConnectionManager;
+using TWB::GUI::IconManager;
+using TWB::GUI::ModelManager;
+namespace ModelNames = TWB::GUI::ModelNames;
+
+namespace {
+
+// Columns of the backup and restore plan tables.
+const int idColumn = 0;
+const int nameColumn = 1;
+const int kindColumn = 2;
+const int statusColumn = 4;
+const int storageColumn = 5;
+const int lastStatusColumn = 7;
+const int durationColumn = 10;
+const int sizeColumn = 13;
+const int planXmlColumn = 14;
+const int lastColumn = 15;
+
+// Columns of the storage accounts list.
+const int storageNameColumn = 0;
+const int storagePathColumn = 2;
+const int storagePrefixColumn = 3;
+const int storageUsedColumn = 7;
+const int storageColumns = 10;
+
+std::unique_ptr<QSettings> layoutSettings()
+{
+    return std::make_unique<QSettings>(
+        QSettings::IniFormat, QSettings::UserScope, QStringLiteral("tidewrack"), QStringLiteral("twbgui"));
+}
+
+} // namespace
 
 ConsoleWindow::ConsoleWindow(
     TWB::GUI::ApplicationEventController& controller, ServiceLauncher& launcher, QWidget* parent)
@@ -21,95 +78,278 @@ ConsoleWindow::ConsoleWindow(
     , m_launcher(launcher)
 {
     setWindowTitle(TWB::GUI::Application::applicationName());
-    resize(900, 560);
+    setWindowIcon(QIcon(QStringLiteral(":/images/logo.svg")));
+    resize(1100, 640);
 
-    auto* central = new QWidget(this);
-    auto* layout = new QVBoxLayout(central);
-    layout->setContentsMargins(32, 28, 32, 28);
-    layout->setSpacing(12);
+    m_control = new TWB::GUI::PlanControlObject(this);
+    m_tabs = new QTabWidget(this);
+    m_tabs->setDocumentMode(true);
+    m_backupView = makePlanView(ModelNames::PlanBackupTable);
+    m_restoreView = makePlanView(ModelNames::PlanRestoreTable);
+    m_tabs->addTab(m_backupView, tr("Backup plans"));
+    m_tabs->addTab(m_restoreView, tr("Restore plans"));
+    m_storageView = makeStorageView();
+    if (m_storageView)
+        m_tabs->addTab(m_storageView, tr("Storage accounts"));
+    setCentralWidget(m_tabs);
+    buildActions();
 
-    auto* heading = new QLabel(TWB::GUI::Application::applicationName(), central);
-    QFont headingFont = heading->font();
-    headingFont.setPointSizeF(headingFont.pointSizeF() * 1.6);
-    headingFont.setBold(true);
-    heading->setFont(headingFont);
-    layout->addWidget(heading);
-
-    auto* stateRow = new QHBoxLayout;
-    stateRow->setSpacing(10);
-    m_stateDot = new QLabel(central);
-    m_stateDot->setFixedSize(14, 14);
-    m_stateTitle = new QLabel(central);
-    QFont titleFont = m_stateTitle->font();
-    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.15);
-    m_stateTitle->setFont(titleFont);
-    stateRow->addWidget(m_stateDot);
-    stateRow->addWidget(m_stateTitle, 1);
-    layout->addLayout(stateRow);
-
-    m_stateDetail = new QLabel(central);
-    m_stateDetail->setWordWrap(true);
-    m_stateDetail->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_stateDetail->setContentsMargins(24, 0, 0, 0);
-    layout->addWidget(m_stateDetail);
-
-    m_retry = new QPushButton(tr("Connect now"), central);
-    m_retry->setVisible(false);
-    auto* retryRow = new QHBoxLayout;
-    retryRow->setContentsMargins(24, 0, 0, 0);
-    retryRow->addWidget(m_retry);
-    retryRow->addStretch(1);
-    layout->addLayout(retryRow);
-    layout->addStretch(1);
-    setCentralWidget(central);
-
-    m_statusText = new QLabel(this);
-    statusBar()->addWidget(m_statusText, 1);
-    statusBar()->addPermanentWidget(new QLabel(tr("Version %1").arg(TWB::GUI::Application::buildVersion()), this));
+    // The connection state stays in view at the right of the status bar.
+    auto* connection = new QWidget(this);
+    auto* connectionLayout = new QHBoxLayout(connection);
+    connectionLayout->setContentsMargins(0, 0, 6, 0);
+    m_connectionDot = new QLabel(connection);
+    m_connectionDot->setFixedSize(10, 10);
+    m_connectionText = new QLabel(connection);
+    m_retry = new QPushButton(tr("Connect now"), connection);
+    m_retry->setFlat(true);
+    m_retry->hide();
+    connectionLayout->addWidget(m_retry);
+    connectionLayout->addWidget(m_connectionDot);
+    connectionLayout->addWidget(m_connectionText);
+    statusBar()->addPermanentWidget(connection);
 
     connect(m_retry, &QPushButton::clicked, this, [] {
-        if (auto connection = ConnectionManager::instance())
-            connection->connectNow();
+        if (auto channel = ConnectionManager::instance())
+            channel->connectNow();
     });
     connect(
         &controller, &TWB::GUI::ApplicationEventController::localManagmentConnected, this, &ConsoleWindow::onConnected);
     connect(&controller, &TWB::GUI::ApplicationEventController::localManagmentDisconnected, this,
         &ConsoleWindow::onDisconnected);
+    connect(&controller, &TWB::GUI::ApplicationEventController::updateStarted, this, &ConsoleWindow::onUpdateStarted);
     connect(&launcher, &ServiceLauncher::stateChanged, this, &ConsoleWindow::onLauncherState);
+    connect(m_control, &TWB::GUI::PlanControlObject::statusChanged, this, &ConsoleWindow::onStatusChanged);
+    connect(m_control, &TWB::GUI::PlanControlObject::removeCurrentPlan, this, &ConsoleWindow::onCurrentPlanRemoved);
+    connect(m_control, &TWB::GUI::PlanControlObject::updatedError, this,
+        [this](const QString& text) { statusBar()->showMessage(text, 10000); });
+    if (auto list = TWB::GUI::PlanStatusList::instance())
+        connect(list, &TWB::GUI::PlanStatusList::updated, this, &ConsoleWindow::onPlanProgress);
     onLauncherState(launcher.state());
+    onStatusChanged(0, 0);
+}
+
+ConsoleWindow::~ConsoleWindow() = default;
+
+QTreeView* ConsoleWindow::makePlanView(const QString& modelName)
+{
+    auto* view = new QTreeView(this);
+    view->setRootIsDecorated(false);
+    view->setUniformRowHeights(true);
+    view->setAlternatingRowColors(true);
+    view->setSelectionMode(QAbstractItemView::SingleSelection);
+    view->setSelectionBehavior(QAbstractItemView::SelectRows);
+    view->setContextMenuPolicy(Qt::CustomContextMenu);
+    view->setObjectName(modelName);
+    auto manager = ModelManager::instance();
+    TWB::GUI::BaseModel* model = manager ? manager->create(modelName) : nullptr;
+    if (!model)
+        return view;
+    view->setModel(model);
+    for (int column : {idColumn, kindColumn, planXmlColumn, lastColumn})
+        view->setColumnHidden(column, true);
+    view->header()->setSectionResizeMode(QHeaderView::Interactive);
+    // Room for what each column usually holds; the user's own widths come back with restoreLayout().
+    const QList<QPair<int, int>> widths
+        = {{nameColumn, 200}, {3, 170}, {statusColumn, 70}, {storageColumn, 130}, {6, 140}, {lastStatusColumn, 200},
+            {8, 200}, {9, 140}, {durationColumn, 90}, {11, 60}, {12, 60}, {sizeColumn, 80}};
+    for (const auto& width : widths)
+        view->header()->resizeSection(width.first, width.second);
+    view->setItemDelegateForColumn(statusColumn, new TWB::GUI::PlanQuickPlanStatus(view));
+    view->setItemDelegateForColumn(storageColumn, new TWB::GUI::StorageNameDelegate(view));
+    view->setItemDelegateForColumn(
+        lastStatusColumn, new RunProgressDelegate(new TWB::GUI::PlanResultDelegate(view), view));
+    view->setItemDelegateForColumn(durationColumn, new TWB::GUI::DuratonDelegate(view));
+    view->setItemDelegateForColumn(sizeColumn, new TWB::GUI::SizeDelegate(view));
+    connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+        [this, view] { onSelectionChanged(view); });
+    connect(view, &QTreeView::customContextMenuRequested, this, [this, view](const QPoint& point) {
+        if (!view->indexAt(point).isValid())
+            return;
+        QMenu menu(this);
+        menu.addActions({m_start, m_stop, m_runFull});
+        menu.addSeparator();
+        menu.addAction(m_remove);
+        menu.exec(view->viewport()->mapToGlobal(point));
+    });
+    // Documents fill the storage column; fetch each plan's once it is listed.
+    connect(model, &QAbstractItemModel::rowsInserted, this, [model](const QModelIndex&, int first, int last) {
+        auto list = TWB::GUI::PlanXmlList::instance();
+        for (int row = first; list && row <= last; ++row) {
+            const QUuid id(model->index(row, idColumn).data().toString());
+            if (!list->containts(id))
+                list->getPlan(id);
+        }
+    });
+    return view;
+}
+
+QTreeView* ConsoleWindow::makeStorageView()
+{
+    auto manager = ModelManager::instance();
+    TWB::GUI::BaseModel* model = manager ? manager->create(ModelNames::StorageConnection) : nullptr;
+    if (!model)
+        return nullptr;
+    auto* sorted = new TWB::GUI::StorageConnectionsSortModel(this);
+    sorted->setSourceModel(model);
+    sorted->sort(storageNameColumn);
+    auto* view = new QTreeView(this);
+    view->setObjectName(QStringLiteral("storages"));
+    view->setRootIsDecorated(false);
+    view->setUniformRowHeights(true);
+    view->setAlternatingRowColors(true);
+    view->setModel(sorted);
+    for (int column = 0; column < storageColumns; ++column) {
+        view->setColumnHidden(column,
+            column != storageNameColumn && column != storagePathColumn && column != storagePrefixColumn
+                && column != storageUsedColumn);
+    }
+    view->setItemDelegateForColumn(storageUsedColumn, new TWB::GUI::SizeDelegate(view));
+    view->header()->resizeSection(storageNameColumn, 240);
+    view->header()->resizeSection(storagePathColumn, 360);
+    return view;
+}
+
+void ConsoleWindow::buildActions()
+{
+    auto* toolbar = addToolBar(tr("Plans"));
+    toolbar->setObjectName(QStringLiteral("plans-toolbar"));
+    toolbar->setMovable(false);
+    toolbar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    const QSize iconSize(20, 20);
+    toolbar->setIconSize(iconSize);
+
+    m_start = toolbar->addAction(IconManager::icon(IconManager::BackupPlanRunning, IconManager::Small), tr("Start"));
+    m_start->setToolTip(tr("Run the selected plan now"));
+    m_stop = toolbar->addAction(IconManager::icon(IconManager::BackupPlanFail, IconManager::Small), tr("Stop"));
+    m_stop->setToolTip(tr("Stop the selected plan"));
+    m_runFull
+        = toolbar->addAction(IconManager::icon(IconManager::BackupPlan, IconManager::Small), tr("Run full backup"));
+    m_runFull->setToolTip(tr("Back up every file again, not only what changed"));
+    toolbar->addSeparator();
+    m_remove = toolbar->addAction(IconManager::icon(IconManager::Remove, IconManager::Small), tr("Remove"));
+    m_remove->setToolTip(tr("Remove the selected plan"));
+
+    connect(m_start, &QAction::triggered, m_control, [this] { m_control->onChangePlanStatus(false); });
+    connect(m_stop, &QAction::triggered, m_control, [this] { m_control->onChangePlanStatus(false); });
+    connect(m_runFull, &QAction::triggered, m_control, [this] { m_control->onChangePlanStatus(true); });
+    connect(m_remove, &QAction::triggered, this, &ConsoleWindow::onRemoveClicked);
+}
+
+void ConsoleWindow::onSelectionChanged(QTreeView* view)
+{
+    const QModelIndexList rows = view->selectionModel()->selectedRows(idColumn);
+    m_currentPlan = rows.isEmpty() ? QUuid() : QUuid(rows.first().data().toString());
+    m_control->setCurrentPlan(m_currentPlan, 0);
+    m_control->updateWidget();
+    if (m_currentPlan.isNull())
+        onStatusChanged(0, 0);
+}
+
+void ConsoleWindow::onStatusChanged(int subType, int status)
+{
+    const bool known = !m_currentPlan.isNull() && (subType == 1 || subType == 2);
+    m_start->setEnabled(known && status == 2);
+    m_stop->setEnabled(known && status == 1);
+    m_runFull->setEnabled(known && subType == 1 && status == 2);
+    m_remove->setEnabled(known && status == 2);
+    m_runFull->setVisible(subType != 2);
+}
+
+void ConsoleWindow::onRemoveClicked()
+{
+    if (m_currentPlan.isNull())
+        return;
+    QTreeView* view = m_tabs->currentWidget() == m_restoreView ? m_restoreView : m_backupView;
+    const QModelIndexList rows = view->selectionModel()->selectedRows(nameColumn);
+    const QString name = rows.isEmpty() ? QString() : rows.first().data().toString();
+    QMessageBox question(QMessageBox::Question, tr("Remove plan"),
+        tr("Remove the plan \"%1\"? Its backed-up data stays on the storage.").arg(name),
+        QMessageBox::Yes | QMessageBox::No, this, Qt::Sheet);
+    question.setDefaultButton(QMessageBox::No);
+    if (question.exec() == QMessageBox::Yes)
+        m_control->onRemove();
+}
+
+void ConsoleWindow::onCurrentPlanRemoved(const QUuid& id)
+{
+    if (id != m_currentPlan)
+        return;
+    m_currentPlan = QUuid();
+    onStatusChanged(0, 0);
+}
+
+void ConsoleWindow::onPlanProgress(const QUuid& id)
+{
+    // Repaint the bar of the plan whose progress moved.
+    for (QTreeView* view : {m_backupView, m_restoreView}) {
+        QAbstractItemModel* model = view->model();
+        if (!model)
+            continue;
+        for (int row = 0; row < model->rowCount(); ++row) {
+            if (QUuid(model->index(row, idColumn).data().toString()) == id)
+                view->update(model->index(row, lastStatusColumn));
+        }
+    }
 }
 
 QString ConsoleWindow::connectionText() const
 {
-    return m_statusText->text();
+    return m_connectionText->text();
+}
+
+void ConsoleWindow::showConnection(const QString& text, const QString& detail, const QColor& colour, bool canRetry)
+{
+    m_connectionDot->setStyleSheet(QStringLiteral("background: %1; border-radius: 5px;").arg(colour.name()));
+    m_connectionText->setText(text);
+    m_connectionText->setToolTip(detail);
+    m_connectionDot->setToolTip(detail);
+    m_retry->setVisible(canRetry);
 }
 
 void ConsoleWindow::onConnected()
 {
-    showState(tr("Connected"),
+    showConnection(tr("Connected"),
         tr("The local backup service answers on %1.").arg(SHARED::defines::Path::serviceSocket()),
         QColor(0x2e, 0x9e, 0x4f), false);
+    if (m_lostConnection)
+        refreshAfterReconnection();
+    m_wasConnected = true;
+    m_lostConnection = false;
 }
 
 void ConsoleWindow::onDisconnected()
 {
+    if (m_wasConnected)
+        m_lostConnection = true;
     // While the launcher is starting the service, that is the better news to show.
     if (m_launcher.state() == ServiceLauncher::State::Starting || m_launcher.state() == ServiceLauncher::State::Failed)
         return;
-    showState(tr("Disconnected"),
+    showConnection(tr("Disconnected"),
         tr("The local backup service does not answer on %1. The console keeps trying to reach it.")
             .arg(SHARED::defines::Path::serviceSocket()),
         QColor(0xc6, 0x28, 0x28), true);
+}
+
+void ConsoleWindow::refreshAfterReconnection()
+{
+    // The table follows notifications, and some were missed while the service was away: read every row again.
+    auto manager = ModelManager::instance();
+    auto* table = manager ? qobject_cast<TWB::GUI::PlanTableModel*>(manager->create(ModelNames::PlanTable)) : nullptr;
+    if (!table)
+        return;
+    for (int row = 0; row < table->rowCount(); ++row)
+        table->loadInfo(QUuid(table->index(row, idColumn).data().toString()));
 }
 
 void ConsoleWindow::onLauncherState(ServiceLauncher::State state)
 {
     switch (state) {
     case ServiceLauncher::State::Connecting:
-        showState(tr("Connecting"), tr("Looking for the local backup service…"), QColor(0x9e, 0x9e, 0x9e), false);
+        showConnection(tr("Connecting"), tr("Looking for the local backup service…"), QColor(0x9e, 0x9e, 0x9e), false);
         break;
     case ServiceLauncher::State::Starting:
-        showState(tr("Starting the service"), tr("No local backup service answered, so the console started one."),
+        showConnection(tr("Starting the service"), tr("No local backup service answered, so the console started one."),
             QColor(0xf2, 0xa9, 0x00), false);
         break;
     case ServiceLauncher::State::Connected:
@@ -119,18 +359,41 @@ void ConsoleWindow::onLauncherState(ServiceLauncher::State state)
         onDisconnected();
         break;
     case ServiceLauncher::State::Failed:
-        showState(tr("Disconnected"), m_launcher.lastError(), QColor(0xc6, 0x28, 0x28), true);
+        showConnection(tr("Disconnected"), m_launcher.lastError(), QColor(0xc6, 0x28, 0x28), true);
+        statusBar()->showMessage(m_launcher.lastError());
         break;
     }
 }
 
-void ConsoleWindow::showState(const QString& text, const QString& detail, const QColor& colour, bool canRetry)
+void ConsoleWindow::onUpdateStarted()
 {
-    m_stateDot->setStyleSheet(QStringLiteral("background: %1; border-radius: 7px;").arg(colour.name()));
-    m_stateTitle->setText(text);
-    m_stateDetail->setText(detail);
-    m_retry->setVisible(canRetry);
-    m_statusText->setText(text);
+    statusBar()->showMessage(tr("The product is being updated. The console closes when the update asks it to."));
+}
+
+void ConsoleWindow::restoreLayout()
+{
+    const auto settings = layoutSettings();
+    restoreGeometry(settings->value(QStringLiteral("window/geometry")).toByteArray());
+    restoreState(settings->value(QStringLiteral("window/state")).toByteArray());
+    m_backupView->header()->restoreState(settings->value(QStringLiteral("backup/header")).toByteArray());
+    m_restoreView->header()->restoreState(settings->value(QStringLiteral("restore/header")).toByteArray());
+    m_tabs->setCurrentIndex(settings->value(QStringLiteral("window/tab"), 0).toInt());
+}
+
+void ConsoleWindow::saveLayout() const
+{
+    const auto settings = layoutSettings();
+    settings->setValue(QStringLiteral("window/geometry"), saveGeometry());
+    settings->setValue(QStringLiteral("window/state"), saveState());
+    settings->setValue(QStringLiteral("backup/header"), m_backupView->header()->saveState());
+    settings->setValue(QStringLiteral("restore/header"), m_restoreView->header()->saveState());
+    settings->setValue(QStringLiteral("window/tab"), m_tabs->currentIndex());
+}
+
+void ConsoleWindow::closeEvent(QCloseEvent* event)
+{
+    saveLayout();
+    QMainWindow::closeEvent(event);
 }
 
 } // namespace TWB::Host

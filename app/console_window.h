@@ -3,17 +3,25 @@
 #include "app/service_launcher.h"
 
 #include <QMainWindow>
+#include <QPointer>
+#include <QUuid>
 
+class QAction;
 class QLabel;
 class QPushButton;
+class QTabWidget;
+class QTreeView;
 
 namespace TWB::GUI {
 class ApplicationEventController;
-}
+class BaseModel;
+class PlanControlObject;
+} // namespace TWB::GUI
 
 namespace TWB::Host {
 
-/// The console's main window.
+/// The console's main window: the plan tables with live progress, the storage accounts, the plan
+/// controls, and the state of the link to the local service.
 class ConsoleWindow final : public QMainWindow
 {
     Q_OBJECT
@@ -21,22 +29,62 @@ class ConsoleWindow final : public QMainWindow
 public:
     ConsoleWindow(
         TWB::GUI::ApplicationEventController& controller, ServiceLauncher& launcher, QWidget* parent = nullptr);
+    ~ConsoleWindow() override;
 
     /// The connection text the status bar shows.
     QString connectionText() const;
 
+    QTabWidget* tabs() const { return m_tabs; }
+    QTreeView* backupView() const { return m_backupView; }
+    QTreeView* restoreView() const { return m_restoreView; }
+    /// The storage accounts, when the host registered their model.
+    QTreeView* storageView() const { return m_storageView; }
+    QAction* startAction() const { return m_start; }
+    QAction* stopAction() const { return m_stop; }
+    QAction* runFullAction() const { return m_runFull; }
+    QAction* removeAction() const { return m_remove; }
+    /// The plan the controls act on.
+    QUuid currentPlan() const { return m_currentPlan; }
+
+    /// Puts the window and its columns where the user left them.
+    void restoreLayout();
+    void saveLayout() const;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
 private:
+    QTreeView* makePlanView(const QString& modelName);
+    QTreeView* makeStorageView();
+    void buildActions();
+    void showConnection(const QString& text, const QString& detail, const QColor& colour, bool canRetry);
     void onConnected();
     void onDisconnected();
     void onLauncherState(ServiceLauncher::State state);
-    void showState(const QString& text, const QString& detail, const QColor& colour, bool canRetry);
+    void onUpdateStarted();
+    void onSelectionChanged(QTreeView* view);
+    void onStatusChanged(int subType, int status);
+    void onRemoveClicked();
+    void onCurrentPlanRemoved(const QUuid& id);
+    void onPlanProgress(const QUuid& id);
+    void refreshAfterReconnection();
 
     ServiceLauncher& m_launcher;
-    QLabel* m_stateDot = nullptr;
-    QLabel* m_stateTitle = nullptr;
-    QLabel* m_stateDetail = nullptr;
-    QPushButton* m_retry = nullptr;
-    QLabel* m_statusText = nullptr;
+    TWB::GUI::PlanControlObject* m_control = nullptr; // owned by parent-child
+    QTabWidget* m_tabs = nullptr; // owned by parent-child
+    QTreeView* m_backupView = nullptr; // owned by parent-child
+    QTreeView* m_restoreView = nullptr; // owned by parent-child
+    QTreeView* m_storageView = nullptr; // owned by parent-child
+    QAction* m_start = nullptr; // owned by parent-child
+    QAction* m_stop = nullptr; // owned by parent-child
+    QAction* m_runFull = nullptr; // owned by parent-child
+    QAction* m_remove = nullptr; // owned by parent-child
+    QLabel* m_connectionDot = nullptr; // owned by parent-child
+    QLabel* m_connectionText = nullptr; // owned by parent-child
+    QPushButton* m_retry = nullptr; // owned by parent-child
+    QUuid m_currentPlan;
+    bool m_wasConnected = false;
+    bool m_lostConnection = false;
 };
 
 } // namespace TWB::Host

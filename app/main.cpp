@@ -1,3 +1,4 @@
+#include "app/console_models.h"
 #include "app/console_window.h"
 #include "app/service_launcher.h"
 #include "frame/application.h"
@@ -7,16 +8,55 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFile>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <cstdio>
+#include <memory>
+
+using namespace TWB::GUI;
+
+namespace {
+
+// Waits for the plan table, pictures the window, and ends the process: 0 when all went well.
+void runSelfTest(TWB::Host::ConsoleWindow& window, BaseModel* table, const QString& screenshot)
+{
+    auto finish = [&window, screenshot](bool loaded) {
+        if (!loaded) {
+            std::fprintf(
+                stderr, "twbgui: self-test: the plan table did not load: %s\n", qPrintable(window.connectionText()));
+            QCoreApplication::exit(1);
+            return;
+        }
+        // One more turn, so that the views have laid out their rows.
+        QTimer::singleShot(300, &window, [&window, screenshot] {
+            if (!window.grab().save(screenshot)) {
+                std::fprintf(stderr, "twbgui: self-test: cannot write %s\n", qPrintable(screenshot));
+                QCoreApplication::exit(1);
+                return;
+            }
+            std::printf("twbgui: self-test passed: %s, picture in %s\n", qPrintable(window.connectionText()),
+                qPrintable(screenshot));
+            QCoreApplication::exit(0);
+        });
+    };
+    QObject::connect(table, &BaseModel::complite, &window, [finish] { finish(true); });
+    QObject::connect(table, &BaseModel::error, &window, [finish] { finish(false); });
+    QTimer::singleShot(30000, &window, [finish] { finish(false); });
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
-    TWB::GUI::Application app(argc, argv);
+    Application app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("twbgui"));
-    QCoreApplication::setApplicationVersion(TWB::GUI::Application::buildVersion());
-    QGuiApplication::setApplicationDisplayName(TWB::GUI::Application::applicationName());
+    QCoreApplication::setApplicationVersion(Application::buildVersion());
+    QGuiApplication::setApplicationDisplayName(Application::applicationName());
+    QGuiApplication::setDesktopFileName(QStringLiteral("tidewrack-console"));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(TWB::GUI::Application::applicationName());
+    parser.setApplicationDescription(Application::applicationName());
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption socketOption(QStringLiteral("socket"),
@@ -24,30 +64,61 @@ int main(int argc, char** argv)
         QStringLiteral("path"));
     const QCommandLineOption dataOption(QStringLiteral("data-dir"),
         QStringLiteral("Keep the data of a service started by the console in <folder>."), QStringLiteral("folder"));
-    parser.addOptions({socketOption, dataOption});
+    const QCommandLineOption selfTestOption(QStringLiteral("self-test"),
+        QStringLiteral("Start against a private service, wait for the plans, save a picture of the window "
+                       "and exit: 0 when all went well."));
+    const QCommandLineOption screenshotOption(
+        QStringLiteral("screenshot"), QStringLiteral("Where the self-test saves its picture."), QStringLiteral("file"));
+    parser.addOptions({socketOption, dataOption, selfTestOption, screenshotOption});
     parser.process(app);
+
+    const bool selfTest = parser.isSet(selfTestOption);
+    // The self-test's private service lives in a folder of its own unless one is given.
+    std::unique_ptr<QTemporaryDir> privateFolder;
+    QString socket = parser.value(socketOption);
+    QString data = parser.value(dataOption);
+    if (selfTest && socket.isEmpty()) {
+        privateFolder = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/twbgui-self-test-XXXXXX"));
+        socket = privateFolder->path() + QStringLiteral("/service.sock");
+        if (data.isEmpty())
+            data = privateFolder->path() + QStringLiteral("/data");
+    }
 
     // A private instance: the channel reads the socket from the environment, and so does a started twbd.
     QStringList serviceArguments;
-    if (parser.isSet(socketOption)) {
-        const QString socket = QDir::current().absoluteFilePath(parser.value(socketOption));
+    if (!socket.isEmpty()) {
+        socket = QDir::current().absoluteFilePath(socket);
         qputenv("TWB_SERVICE_SOCKET", QFile::encodeName(socket));
         serviceArguments << QStringLiteral("--socket") << socket;
     }
-    if (parser.isSet(dataOption)) {
-        const QString data = QDir::current().absoluteFilePath(parser.value(dataOption));
+    if (!data.isEmpty()) {
+        data = QDir::current().absoluteFilePath(data);
         qputenv("TWB_DATA_DIR", QFile::encodeName(data));
         serviceArguments << QStringLiteral("--data-dir") << data;
     }
     TWL::TwlDebug::applyDefaultFilter();
     TWL::TwlDebug::installLogFile(QStringLiteral("twbgui"));
 
-    TWB::GUI::ApplicationEventController controller;
+    ApplicationEventController controller;
     TWB::Host::ServiceLauncher launcher;
     launcher.setServiceArguments(serviceArguments);
+    launcher.setAttached(selfTest);
+
+    TWB::Host::ConsoleModels models;
+    models.start();
+    BaseModel* table = models.planTable();
+
     TWB::Host::ConsoleWindow window(controller, launcher);
     controller.init();
     launcher.start();
+    if (selfTest) {
+        const QString screenshot = parser.isSet(screenshotOption)
+            ? parser.value(screenshotOption)
+            : QDir::current().absoluteFilePath(QStringLiteral("twbgui-self-test.png"));
+        runSelfTest(window, table, screenshot);
+    } else {
+        window.restoreLayout();
+    }
     window.show();
     return app.exec();
 }

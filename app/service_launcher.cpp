@@ -17,6 +17,15 @@ ServiceLauncher::ServiceLauncher(QObject* parent)
     : QObject(parent)
 { }
 
+ServiceLauncher::~ServiceLauncher()
+{
+    if (m_child && m_child->state() != QProcess::NotRunning) {
+        m_child->terminate();
+        if (!m_child->waitForFinished(5000))
+            m_child->kill();
+    }
+}
+
 QString ServiceLauncher::serviceProgram() const
 {
     return m_program.isEmpty() ? SHARED::defines::Path::bin_path() + QStringLiteral("twbd") : m_program;
@@ -58,8 +67,17 @@ void ServiceLauncher::onAttemptFailed()
         return;
     }
     TWL::TwlDebug("TWB").info() << "No local service answers; starting" << program;
-    qint64 pid = 0;
-    if (!QProcess::startDetached(program, m_arguments, QString(), &pid)) {
+    bool started = false;
+    if (m_attached) {
+        m_child = new QProcess(this);
+        m_child->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_child->setStandardOutputFile(QProcess::nullDevice());
+        m_child->start(program, QStringList(m_arguments) << QStringLiteral("--foreground"));
+        started = m_child->waitForStarted(5000);
+    } else {
+        started = QProcess::startDetached(program, m_arguments);
+    }
+    if (!started) {
         m_lastError = tr("The service program %1 could not be started.").arg(program);
         TWL::TwlDebug("TWB").warning() << m_lastError;
         setState(State::Failed);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QProcess>
 #include <QString>
 #include <QStringList>
 
@@ -17,6 +18,11 @@ public:
     Q_ENUM(State)
 
     explicit ServiceLauncher(QObject* parent = nullptr);
+    ~ServiceLauncher() override;
+
+    /// Runs the service as a child of this process, in the foreground, and stops it when the launcher
+    /// goes: for a private instance that must not outlive the console, as in the self-test.
+    void setAttached(bool attached) { m_attached = attached; }
 
     /// Arguments given to twbd besides its own defaults (--socket, --data-dir of a private instance).
     void setServiceArguments(const QStringList& arguments) { m_arguments = arguments; }
@@ -38,6 +44,8 @@ private:
     void setState(State state);
 
     QStringList m_arguments;
+    bool m_attached = false;
+    QProcess* m_child = nullptr; // owned by parent-child, attached mode only
     QString m_program;
     QString m_lastError;
     State m_state = State::Connecting;

@@ -1,73 +1,114 @@
+#include "app/console_models.h"
 #include "app/console_window.h"
 #include "app/service_launcher.h"
 #include "frame/application.h"
 #include "frame/application_event_controller.h"
 #include "platform/communication/connection_manager.h"
+#include "plans/storage_name_delegate.h"
+#include "platform/plan/backup_file.h"
+#include "support/modal_answerer.h"
 #include "support/service_process.h"
 #include "support/test_environment.h"
 
+#include <QAction>
 #include <QFile>
-#include <QLabel>
+#include <QHeaderView>
+#include <QProcess>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QSignalSpy>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QTreeView>
 #include <QtTest>
 
 #include <memory>
 
-#include <csignal>
-
 using TWB::Common::Communication::ConnectionManager;
 using TWB::GUI::ApplicationEventController;
+using TWB::Host::ConsoleModels;
 using TWB::Host::ConsoleWindow;
 using TWB::Host::ServiceLauncher;
+using TWB::Test::ModalAnswerer;
 using TWB::Test::ServiceProcess;
 using TWB::Test::TestEnvironment;
 
+namespace {
+
+int rowNamed(QTreeView* view, const QString& name)
+{
+    QAbstractItemModel* model = view->model();
+    for (int row = 0; model && row < model->rowCount(); ++row) {
+        if (model->index(row, 1).data().toString() == name)
+            return row;
+    }
+    return -1;
+}
+
+} // namespace
+
+/// The console against a twbd it starts itself, as a user meets it.
 class TestConsoleWindow : public QObject
 {
     Q_OBJECT
 
 private:
     std::unique_ptr<TestEnvironment> m_env;
+    std::unique_ptr<ConsoleModels> m_models;
+    std::unique_ptr<ApplicationEventController> m_controller;
+    std::unique_ptr<ServiceLauncher> m_launcher;
+    std::unique_ptr<ConsoleWindow> m_window;
 
     QStringList serviceArguments() const
     {
         return {QStringLiteral("--socket"), m_env->socketPath(), QStringLiteral("--data-dir"), m_env->dataDir()};
     }
 
-    static void savePicture(QWidget& widget, const QString& name)
+    void savePicture(const QString& name)
     {
-        const QString path = TestEnvironment::outputDir() + QLatin1Char('/') + name + QStringLiteral(".png");
-        QVERIFY(widget.grab().save(path));
+        QVERIFY(m_window->grab().save(TestEnvironment::outputDir() + QLatin1Char('/') + name + QStringLiteral(".png")));
     }
 
-    static QString shownTitle(ConsoleWindow& window)
+    /// Imports a plan with twbctl, as a user or a script would.
+    void importPlan(const QString& name, const QUuid& storage)
     {
-        // The large state line of the window, beside the coloured dot.
-        const auto labels = window.centralWidget()->findChildren<QLabel*>();
-        return labels.size() > 2 ? labels.at(2)->text() : QString();
+        TWB::Info::Plan::BackupFile plan;
+        plan.setId(QUuid::createUuid());
+        plan.setName(name);
+        plan.setStorage(storage);
+        plan.setItems({m_env->root()});
+        const QString file = m_env->root() + QStringLiteral("/") + name + QStringLiteral(".xml");
+        QFile out(file);
+        QVERIFY(out.open(QIODevice::WriteOnly));
+        out.write(plan.toXml().toUtf8());
+        out.close();
+        QProcess ctl;
+        ctl.start(QStringLiteral(TWBCTL_PROGRAM),
+            {QStringLiteral("--socket"), m_env->socketPath(), QStringLiteral("--file"),
+                QStringLiteral("planXML=") + file, QStringLiteral("PlanUpdate")});
+        QVERIFY(ctl.waitForFinished(20000));
+        QVERIFY2(ctl.exitCode() == 0, ctl.readAllStandardError().constData());
     }
 
 private Q_SLOTS:
     void initTestCase()
     {
         m_env = std::make_unique<TestEnvironment>();
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_env->root() + QStringLiteral("/config")));
         QVERIFY(!ServiceProcess::answers(m_env->socketPath()));
         QVERIFY(ConnectionManager::instance());
         TestEnvironment::speedUpChannel();
+        m_models = std::make_unique<ConsoleModels>();
+        m_models->start();
+        m_controller = std::make_unique<ApplicationEventController>();
+        m_launcher = std::make_unique<ServiceLauncher>();
+        m_launcher->setServiceArguments(serviceArguments());
+        m_launcher->setAttached(true);
     }
 
     void cleanupTestCase()
     {
-        // Stop the service the launcher started; its pid stands in its log.
-        QFile log(m_env->dataDir() + QStringLiteral("/log/twbd.log"));
-        if (log.open(QIODevice::ReadOnly)) {
-            const auto match
-                = QRegularExpression(QStringLiteral("\\(pid (\\d+)\\)")).match(QString::fromUtf8(log.readAll()));
-            if (match.hasMatch())
-                ::kill(pid_t(match.captured(1).toInt()), SIGTERM);
-        }
+        m_window.reset();
+        m_launcher.reset(); // stops the service it started
     }
 
     void missingServiceProgramIsShownAsAFailure()
@@ -82,39 +123,98 @@ private Q_SLOTS:
         QCOMPARE(window.connectionText(), QStringLiteral("Disconnected"));
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        auto* retry = window.findChild<QPushButton*>();
-        QVERIFY(retry && retry->isVisible());
-        QVERIFY(window.findChildren<QLabel*>().size() > 3);
-        bool namesTheProgram = false;
-        for (QLabel* label : window.findChildren<QLabel*>())
-            namesTheProgram = namesTheProgram || label->text().contains(QStringLiteral("no-such-twbd"));
-        QVERIFY(namesTheProgram);
-        savePicture(window, QStringLiteral("console_window_failed"));
+        QVERIFY(window.statusBar()->currentMessage().contains(QStringLiteral("no-such-twbd")));
+        bool retryShown = false;
+        for (QPushButton* button : window.findChildren<QPushButton*>())
+            retryShown = retryShown || (button->text() == QStringLiteral("Connect now") && button->isVisible());
+        QVERIFY(retryShown);
+        QVERIFY(window.grab().save(TestEnvironment::outputDir() + QStringLiteral("/console_window_failed.png")));
     }
 
-    void consoleStartsTheServiceAndShowsConnected()
+    void consoleStartsTheServiceAndShowsTheLocalStorage()
     {
-        ApplicationEventController controller;
-        ServiceLauncher launcher;
-        launcher.setServiceProgram(ServiceProcess::program());
-        launcher.setServiceArguments(serviceArguments());
-        ConsoleWindow window(controller, launcher);
-        QSignalSpy states(&launcher, &ServiceLauncher::stateChanged);
-        controller.init();
-        launcher.start();
-        QCOMPARE(launcher.state(), ServiceLauncher::State::Starting);
-        QCOMPARE(window.connectionText(), QStringLiteral("Starting the service"));
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        savePicture(window, QStringLiteral("console_window_starting"));
+        m_window = std::make_unique<ConsoleWindow>(*m_controller, *m_launcher);
+        m_controller->init();
+        m_launcher->start();
+        QCOMPARE(m_launcher->state(), ServiceLauncher::State::Starting);
+        QCOMPARE(m_window->connectionText(), QStringLiteral("Starting the service"));
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        QTRY_COMPARE_WITH_TIMEOUT(m_window->connectionText(), QStringLiteral("Connected"), 10000);
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("Tidewrack Backup"));
+        QVERIFY(m_window->storageView());
+        QTRY_COMPARE(m_window->storageView()->model()->rowCount(), 1);
+        QCOMPARE(m_window->storageView()->model()->index(0, 0).data().toString(), QStringLiteral("Local storage"));
+        // Nothing is selected, so nothing can be started or removed.
+        QVERIFY(!m_window->startAction()->isEnabled());
+        QVERIFY(!m_window->removeAction()->isEnabled());
+        m_window->tabs()->setCurrentWidget(m_window->storageView());
+        savePicture(QStringLiteral("console_window_storages"));
+        m_window->tabs()->setCurrentIndex(0);
+    }
 
-        QTRY_COMPARE_WITH_TIMEOUT(launcher.state(), ServiceLauncher::State::Connected, 10000);
-        QCOMPARE(window.connectionText(), QStringLiteral("Connected"));
-        QCOMPARE(shownTitle(window), QStringLiteral("Connected"));
-        QVERIFY(ServiceProcess::answers(m_env->socketPath()));
-        QVERIFY(!window.findChild<QPushButton*>()->isVisible());
-        QCOMPARE(window.windowTitle(), QStringLiteral("Tidewrack Backup"));
-        savePicture(window, QStringLiteral("console_window_connected"));
+    void importedPlanAppearsAndStartsFromTheToolbar()
+    {
+        const QUuid local(m_window->storageView()->model()->index(0, 1).data().toString());
+        QVERIFY(!local.isNull());
+        importPlan(QStringLiteral("Documents"), local);
+        QTreeView* view = m_window->backupView();
+        QTRY_VERIFY(rowNamed(view, QStringLiteral("Documents")) >= 0);
+        const int row = rowNamed(view, QStringLiteral("Documents"));
+        view->selectionModel()->select(
+            view->model()->index(row, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        QTRY_VERIFY(m_window->startAction()->isEnabled());
+        QVERIFY(!m_window->stopAction()->isEnabled());
+        QVERIFY(m_window->runFullAction()->isEnabled());
+        // The storage column names the account once the plan's document is in.
+        QTRY_COMPARE(view->model()->index(row, 5).data().toUuid(), local);
+        QCOMPARE(TWB::GUI::StorageNameDelegate::toText(view->model()->index(row, 5).data(), QLocale()),
+            QStringLiteral("Local storage"));
+        savePicture(QStringLiteral("console_window_plans"));
+
+        m_window->startAction()->trigger();
+        // The service confirms a start by notification; until then the toolbar stays as it is.
+        QTRY_VERIFY_WITH_TIMEOUT(
+            view->model()->index(row, 4).data().toInt() == 1 || !m_window->statusBar()->currentMessage().isEmpty(),
+            10000);
+    }
+
+    void removingAPlanAsksFirst()
+    {
+        QTreeView* view = m_window->backupView();
+        const int row = rowNamed(view, QStringLiteral("Documents"));
+        QVERIFY(row >= 0);
+        view->selectionModel()->select(
+            view->model()->index(row, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        QTRY_VERIFY(m_window->removeAction()->isEnabled());
+        {
+            ModalAnswerer no(QMessageBox::No);
+            m_window->removeAction()->trigger();
+            QVERIFY(no.answered());
+            QVERIFY(no.text().contains(QStringLiteral("\"Documents\"")));
+        }
+        QTest::qWait(200); // a refusal sends nothing; there is no reply to wait for
+        QVERIFY(rowNamed(view, QStringLiteral("Documents")) >= 0);
+        {
+            ModalAnswerer yes(QMessageBox::Yes);
+            m_window->removeAction()->trigger();
+            QVERIFY(yes.answered());
+        }
+        QTRY_COMPARE(rowNamed(view, QStringLiteral("Documents")), -1);
+        QTRY_VERIFY(!m_window->removeAction()->isEnabled());
+    }
+
+    void layoutIsRememberedBetweenRuns()
+    {
+        m_window->backupView()->header()->resizeSection(1, 333);
+        m_window->tabs()->setCurrentIndex(1);
+        m_window->saveLayout();
+        m_window->backupView()->header()->resizeSection(1, 100);
+        m_window->tabs()->setCurrentIndex(0);
+        m_window->restoreLayout();
+        QCOMPARE(m_window->backupView()->header()->sectionSize(1), 333);
+        QCOMPARE(m_window->tabs()->currentIndex(), 1);
+        m_window->tabs()->setCurrentIndex(0);
     }
 };
 

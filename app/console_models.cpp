@@ -1,0 +1,37 @@
+#include "app/console_models.h"
+
+#include "frame/model_manager.h"
+#include "frame/model_names.h"
+
+namespace TWB::Host {
+
+namespace ModelNames = TWB::GUI::ModelNames;
+
+ConsoleModels::ConsoleModels()
+    : m_planTable(ModelNames::PlanTable)
+    , m_backupTable(ModelNames::PlanBackupTable)
+    , m_restoreTable(ModelNames::PlanRestoreTable)
+    , m_storages(ModelNames::StorageConnection)
+{ }
+
+void ConsoleModels::start()
+{
+    auto manager = TWB::GUI::ModelManager::instance();
+    if (!manager)
+        return;
+    for (TWB::GUI::ModelCreator* creator :
+        std::initializer_list<TWB::GUI::ModelCreator*> {&m_planTable, &m_backupTable, &m_restoreTable, &m_storages})
+        manager->registrateCreator(*creator);
+    for (TWB::GUI::ModelCreator* creator :
+        std::initializer_list<TWB::GUI::ModelCreator*> {&m_planTable, &m_backupTable, &m_restoreTable, &m_storages}) {
+        if (TWB::GUI::BaseModel* model = creator->create())
+            model->init();
+    }
+}
+
+TWB::GUI::PlanTableModel* ConsoleModels::planTable()
+{
+    return static_cast<TWB::GUI::PlanTableModel*>(m_planTable.create());
+}
+
+} // namespace TWB::Host
