@@ -3,6 +3,7 @@
 #include "frame/base_model.h"
 #include "frame/model_manager.h"
 #include "frame/model_names.h"
+#include "platform/communication/command_calls.h"
 #include "platform/communication/command_params.h"
 #include "platform/communication/icommand.h"
 #include "platform/communication/manager.h"
@@ -80,16 +81,8 @@ void PlanControlObject::onChangePlanStatus(bool forceFull)
             // A plan in no known run status can be neither started nor stopped.
             throw QStringLiteral("Commnunication command don't registrate");
         }
-        auto manager = Manager::instance();
-        if (!manager)
-            throw QStringLiteral("Commnunication manager is 0x00");
-        ICommand* command = manager->commandFactory(name);
-        if (!command)
-            throw QStringLiteral("Commnunication command don't registrate");
+        ICommand* command = newCommand(name, this, &PlanControlObject::onCommandResult);
         setCommandParams(*command, params);
-        connect(command, &ICommand::complite, this, &PlanControlObject::onCommandResult);
-        connect(command, &ICommand::error, this, &PlanControlObject::onCommandResult);
-        connect(command, &ICommand::timeout, this, &PlanControlObject::onCommandResult);
         command->exec();
     } catch (const QString& text) {
         qWarning().noquote() << text;
@@ -101,15 +94,7 @@ void PlanControlObject::onRemove()
 {
     Q_EMIT updatedBegin();
     try {
-        auto manager = Manager::instance();
-        if (!manager)
-            throw QStringLiteral("Commnunication manager is 0x00");
-        ICommand* command = manager->commandFactory(QStringLiteral("PlanRemove"));
-        if (!command)
-            throw QStringLiteral("Commnunication command don't registrate");
-        connect(command, &ICommand::complite, this, &PlanControlObject::onCommandResult);
-        connect(command, &ICommand::error, this, &PlanControlObject::onCommandResult);
-        connect(command, &ICommand::timeout, this, &PlanControlObject::onCommandResult);
+        ICommand* command = newCommand(QStringLiteral("PlanRemove"), this, &PlanControlObject::onCommandResult);
         setCommandParams(
             *command, {{QStringLiteral("ID"), currentPlan.toString()}, {QStringLiteral("profile"), currentProfile()}});
         // The row goes when the service reports the removal.
@@ -128,10 +113,7 @@ void PlanControlObject::onCommandResult()
     if (!command)
         return;
     try {
-        if (command->failed || !command->finished || command->reply().isNull() || !command->reply().isObject())
-            throw QStringLiteral("Local command reply format error");
-        if (command->isReplyError())
-            throw command->replyErrorString();
+        replyData(*command);
         Q_EMIT updatedComplite();
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << text;

@@ -1,6 +1,7 @@
 #include "plans/plan_table_model.h"
 
 #include "plans/plan_states.h"
+#include "platform/communication/command_calls.h"
 #include "platform/communication/command_params.h"
 #include "platform/communication/icommand.h"
 #include "platform/communication/iparser.h"
@@ -38,16 +39,6 @@ QVariant localTimeText(const QString& text)
     return QLocale::system().toString(time.toLocalTime(), QLocale::ShortFormat);
 }
 
-// The reply's payload, or a thrown text for every way the exchange can fail.
-QJsonObject replyData(const ICommand& command)
-{
-    if (command.failed || !command.finished || command.reply().isNull() || !command.reply().isObject())
-        throw QStringLiteral("Local command reply format error");
-    if (command.isReplyError())
-        throw command.replyErrorString();
-    return command.reply().object().value(QStringLiteral("data")).toObject();
-}
-
 } // namespace
 
 const QMap<int, QString> PlanTableModel::KEY = {
@@ -81,15 +72,7 @@ bool PlanTableModel::init()
 {
     Q_EMIT updated();
     try {
-        auto manager = Manager::instance();
-        if (!manager)
-            throw QStringLiteral("Commnunication manager is 0x00");
-        ICommand* command = manager->commandFactory(QStringLiteral("PlanGetList"));
-        if (!command)
-            throw QStringLiteral("Commnunication command don't registrate");
-        connect(command, &ICommand::complite, this, &PlanTableModel::onGetListResult);
-        connect(command, &ICommand::error, this, &PlanTableModel::onGetListResult);
-        connect(command, &ICommand::timeout, this, &PlanTableModel::onGetListResult);
+        ICommand* command = newCommand(QStringLiteral("PlanGetList"), this, &PlanTableModel::onGetListResult);
         setCommandParams(*command, {{QStringLiteral("profile"), currentProfile()}});
         command->exec();
         return true;
@@ -104,15 +87,7 @@ bool PlanTableModel::loadInfo(const QUuid& id)
 {
     Q_EMIT updated();
     try {
-        auto manager = Manager::instance();
-        if (!manager)
-            throw QStringLiteral("Commnunication manager is 0x00");
-        ICommand* command = manager->commandFactory(QStringLiteral("PlanGetInfo"));
-        if (!command)
-            throw QStringLiteral("Commnunication command don't registrate");
-        connect(command, &ICommand::complite, this, &PlanTableModel::onGetInfoResult);
-        connect(command, &ICommand::error, this, &PlanTableModel::onGetInfoResult);
-        connect(command, &ICommand::timeout, this, &PlanTableModel::onGetInfoResult);
+        ICommand* command = newCommand(QStringLiteral("PlanGetInfo"), this, &PlanTableModel::onGetInfoResult);
         // Lower-case "id" here, unlike the other plan commands.
         setCommandParams(
             *command, {{QStringLiteral("id"), id.toString()}, {QStringLiteral("profile"), currentProfile()}});

@@ -1,5 +1,6 @@
 #include "plans/plan_xml_list.h"
 
+#include "platform/communication/command_calls.h"
 #include "platform/communication/command_params.h"
 #include "platform/communication/icommand.h"
 #include "platform/communication/iparser.h"
@@ -58,15 +59,7 @@ bool PlanXmlList::getPlan(const QUuid& id)
 {
     Q_EMIT beginLoad(id);
     try {
-        auto manager = Manager::instance();
-        if (!manager)
-            throw QStringLiteral("Commnunication manager is 0x00");
-        ICommand* command = manager->commandFactory(QStringLiteral("PlanGetXML"));
-        if (!command)
-            throw QStringLiteral("Commnunication command don't registrate");
-        connect(command, &ICommand::complite, this, &PlanXmlList::onCommandResult);
-        connect(command, &ICommand::error, this, &PlanXmlList::onCommandResult);
-        connect(command, &ICommand::timeout, this, &PlanXmlList::onCommandResult);
+        ICommand* command = newCommand(QStringLiteral("PlanGetXML"), this, &PlanXmlList::onCommandResult);
         setCommandParams(
             *command, {{QStringLiteral("ID"), id.toString()}, {QStringLiteral("profile"), currentProfile()}});
         command->exec();
@@ -84,22 +77,14 @@ void PlanXmlList::onCommandResult()
     if (!command)
         return;
     try {
-        if (command->failed || !command->finished || command->reply().isNull() || !command->reply().isObject())
-            throw QStringLiteral("Local command reply format error");
-        if (command->isReplyError())
-            throw command->replyErrorString();
+        const QJsonObject data = replyData(*command);
         const QUuid id(command->request()
                            .object()
                            .value(QStringLiteral("params"))
                            .toObject()
                            .value(QStringLiteral("ID"))
                            .toString());
-        const QString xml = command->reply()
-                                .object()
-                                .value(QStringLiteral("data"))
-                                .toObject()
-                                .value(QStringLiteral("planXML"))
-                                .toString();
+        const QString xml = data.value(QStringLiteral("planXML")).toString();
         QDomDocument document;
         QString message;
         if (!parseXml(xml, document, message)) {

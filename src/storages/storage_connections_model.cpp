@@ -1,6 +1,7 @@
 #include "storages/storage_connections_model.h"
 
 #include "frame/application.h"
+#include "platform/communication/command_calls.h"
 #include "platform/communication/command_params.h"
 #include "platform/communication/icommand.h"
 #include "platform/communication/iparser.h"
@@ -30,16 +31,6 @@ constexpr int DetailParamsColumn = 8;
 // A service still gathering its accounts says so; asking again sooner would only repeat the answer.
 constexpr int RetryIntervalMs = 60000;
 
-// The reply's payload, or a thrown text for every way the exchange can fail.
-QJsonObject replyData(const ICommand& command)
-{
-    if (command.failed || !command.finished || command.reply().isNull() || !command.reply().isObject())
-        throw QStringLiteral("Local command reply format error");
-    if (command.isReplyError())
-        throw command.replyErrorString();
-    return command.reply().object().value(QStringLiteral("data")).toObject();
-}
-
 QUuid accountId(const QVariantMap& account)
 {
     return QUuid(account.value(QStringLiteral("ID")).toString());
@@ -49,16 +40,7 @@ QUuid accountId(const QVariantMap& account)
 // channel is gone or does not know the command.
 template <typename Slot> void sendGetConnection(StorageConnectionsModel* model, Slot slot)
 {
-    auto manager = Manager::instance();
-    if (!manager)
-        throw QStringLiteral("Commnunication manager is 0x00");
-    ICommand* command = manager->commandFactory(QStringLiteral("StorageGetConnection"));
-    if (!command)
-        throw QStringLiteral("Commnunication command don't registrate");
-    QObject::connect(command, &ICommand::complite, model, slot);
-    QObject::connect(command, &ICommand::error, model, slot);
-    QObject::connect(command, &ICommand::timeout, model, slot);
-    command->exec();
+    newCommand(QStringLiteral("StorageGetConnection"), model, slot)->exec();
 }
 
 } // namespace
@@ -206,15 +188,8 @@ bool StorageConnectionsModel::removeRows(int row, int count, const QModelIndex&)
     try {
         // Each account is deleted on its own; a refusal for one does not hold back the others.
         for (const QUuid& id : ids) {
-            auto manager = Manager::instance();
-            if (!manager)
-                throw QStringLiteral("Commnunication manager is 0x00");
-            ICommand* command = manager->commandFactory(QStringLiteral("StorageDeleteFileSystem"));
-            if (!command)
-                throw QStringLiteral("Commnunication command don't registrate");
-            connect(command, &ICommand::complite, this, &StorageConnectionsModel::onRemovedResult);
-            connect(command, &ICommand::error, this, &StorageConnectionsModel::onRemovedResult);
-            connect(command, &ICommand::timeout, this, &StorageConnectionsModel::onRemovedResult);
+            ICommand* command = newCommand(
+                QStringLiteral("StorageDeleteFileSystem"), this, &StorageConnectionsModel::onRemovedResult);
             setCommandParams(
                 *command, {{QStringLiteral("ID"), id.toString()}, {QStringLiteral("profile"), currentProfile()}});
             command->exec();

@@ -3,6 +3,7 @@
 #include "frame/base_model.h"
 #include "frame/model_manager.h"
 #include "plans/plan_xml_list.h"
+#include "platform/communication/command_calls.h"
 #include "platform/communication/command_params.h"
 #include "platform/communication/icommand.h"
 #include "platform/communication/manager.h"
@@ -77,16 +78,11 @@ void PlanEditWait::setPlan(const QUuid& id, const QString& xml, bool run)
         }
     }
     try {
-        auto manager = Manager::instance();
-        if (!manager)
-            throw QStringLiteral("Commnunication manager is 0x00");
-        ICommand* command = manager->commandFactory(QStringLiteral("PlanUpdate"));
-        if (!command)
-            throw QStringLiteral("Commnunication command don't registrate");
+        ICommand* command = newCommand(QStringLiteral("PlanUpdate"), this, &PlanEditWait::onCommandResult);
         setCommandParams(*command,
             {{QStringLiteral("profile"), currentProfile()}, {QStringLiteral("planXML"), xml},
                 {QStringLiteral("ID"), id.toString()}});
-        execCommand(command);
+        command->exec();
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << text;
         return;
@@ -112,10 +108,7 @@ void PlanEditWait::onCommandResult()
     if (!command)
         return;
     try {
-        if (command->failed || !command->finished || command->reply().isNull() || !command->reply().isObject())
-            throw QStringLiteral("Local command reply format error");
-        if (command->isReplyError())
-            throw command->replyErrorString();
+        replyData(*command);
         if (command->commandName == QLatin1String("PlanUpdate"))
             Q_EMIT setMessage(tr("Wait command result..."));
         else if (command->commandName == QLatin1String("PlanExecuteStart"))
@@ -181,15 +174,10 @@ void PlanEditWait::runPlan()
     }
     Q_EMIT setMessage(tr("Running plan..."));
     try {
-        auto manager = Manager::instance();
-        if (!manager)
-            throw QStringLiteral("Commnunication manager is 0x00");
-        ICommand* command = manager->commandFactory(QStringLiteral("PlanExecuteStart"));
-        if (!command)
-            throw QStringLiteral("Commnunication command don't registrate");
+        ICommand* command = newCommand(QStringLiteral("PlanExecuteStart"), this, &PlanEditWait::onCommandResult);
         setCommandParams(
             *command, {{QStringLiteral("ID"), planId.toString()}, {QStringLiteral("profile"), currentProfile()}});
-        execCommand(command);
+        command->exec();
     } catch (const QString& text) {
         qWarning("%s", qPrintable(text));
     }

@@ -1,5 +1,6 @@
 #include "support/test_caller.h"
 
+#include "platform/communication/command_calls.h"
 #include "platform/communication/command_params.h"
 #include "platform/communication/icommand.h"
 #include "platform/communication/manager.h"
@@ -16,15 +17,7 @@ TestCaller::TestCaller(QObject* parent)
 bool TestCaller::send(const QString& name, const QJsonObject& params, int timeoutMs)
 {
     try {
-        auto manager = Manager::instance();
-        if (!manager)
-            throw QStringLiteral("Commnunication manager is 0x00");
-        ICommand* command = manager->commandFactory(name);
-        if (!command)
-            throw QStringLiteral("Commnunication command don't registrate");
-        connect(command, &ICommand::complite, this, &TestCaller::onCommandResult);
-        connect(command, &ICommand::error, this, &TestCaller::onCommandResult);
-        connect(command, &ICommand::timeout, this, &TestCaller::onCommandResult);
+        ICommand* command = newCommand(name, this, &TestCaller::onCommandResult);
         QJsonObject all = params;
         if (!all.contains(QStringLiteral("profile")))
             all.insert(QStringLiteral("profile"), currentProfile());
@@ -47,12 +40,7 @@ void TestCaller::onCommandResult()
     if (!command)
         return;
     try {
-        if (command->failed || !command->finished || command->reply().isNull() || !command->reply().isObject())
-            throw QStringLiteral("Local command reply format error");
-        if (command->isReplyError())
-            throw command->replyErrorString();
-        Q_EMIT succeeded(
-            command->reply().object().value(QStringLiteral("data")).toObject(), command->request().object());
+        Q_EMIT succeeded(replyData(*command), command->request().object());
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << text;
         Q_EMIT failed(text);
