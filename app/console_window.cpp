@@ -91,6 +91,7 @@ ConsoleWindow::ConsoleWindow(
     m_storageView = makeStorageView();
     if (m_storageView)
         m_tabs->addTab(m_storageView, tr("Storage accounts"));
+    // The history of runs joins these tabs once its models exist; no empty tab stands for it meanwhile.
     setCentralWidget(m_tabs);
     buildActions();
 

@@ -21,6 +21,8 @@
 #include <QTreeView>
 #include <QtTest>
 
+#include <csignal>
+
 #include <memory>
 
 using TWB::Common::Communication::ConnectionManager;
@@ -202,6 +204,30 @@ private Q_SLOTS:
         }
         QTRY_COMPARE(rowNamed(view, QStringLiteral("Documents")), -1);
         QTRY_VERIFY(!m_window->removeAction()->isEnabled());
+    }
+
+    void statusBarFollowsTheServiceGoingAndComingBack()
+    {
+        // Stop the service the console started; its pid stands in its log.
+        QFile log(m_env->dataDir() + QStringLiteral("/log/twbd.log"));
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        const auto match
+            = QRegularExpression(QStringLiteral("\\(pid (\\d+)\\)")).match(QString::fromUtf8(log.readAll()));
+        QVERIFY(match.hasMatch());
+        QCOMPARE(::kill(pid_t(match.captured(1).toInt()), SIGTERM), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(m_window->connectionText(), QStringLiteral("Disconnected"), 10000);
+        bool retryShown = false;
+        for (QPushButton* button : m_window->findChildren<QPushButton*>())
+            retryShown = retryShown || (button->text() == QStringLiteral("Connect now") && button->isVisible());
+        QVERIFY(retryShown);
+        savePicture(QStringLiteral("console_window_disconnected"));
+
+        ServiceProcess again(m_env->socketPath(), m_env->dataDir());
+        QVERIFY2(again.start(), qPrintable(again.output()));
+        QTRY_COMPARE_WITH_TIMEOUT(m_window->connectionText(), QStringLiteral("Connected"), 10000);
+        // The accounts kept by the service are there again.
+        QTRY_COMPARE(m_window->storageView()->model()->index(0, 0).data().toString(), QStringLiteral("Local storage"));
+        QVERIFY(again.terminate());
     }
 
     void layoutIsRememberedBetweenRuns()
