@@ -36,7 +36,7 @@ int folderKind(const QString& parent)
 const QString itemColumns = QStringLiteral(
     "e.id, e.parent, e.name, e.kind, e.is_file, "
     "v.snapshot, v.backup_utc, v.modified_utc, v.size, v.original_size, v.is_encrypted, v.is_compressed, "
-    "v.is_full, v.revision, v.attribute, "
+    "v.is_full, v.revision, v.attribute, v.plan_id, v.gone_ms, "
     "EXISTS (SELECT 1 FROM catalog_entries c WHERE c.account_id = e.account_id AND c.prefix = e.prefix "
     "AND c.parent = e.parent || '/' || e.name%1)");
 
@@ -57,6 +57,8 @@ CatalogVersion versionFromRow(const QSqlQuery& row, int first)
     version.full = row.value(first + 7).toBool();
     version.revision = row.value(first + 8).toLongLong();
     version.attribute = row.value(first + 9).toLongLong();
+    version.plan = QUuid(row.value(first + 10).toString());
+    version.goneMs = row.value(first + 11).toLongLong();
     return version;
 }
 
@@ -70,11 +72,22 @@ CatalogItem itemFromRow(const QSqlQuery& row)
     item.isFile = row.value(4).toBool();
     if (!row.isNull(5))
         item.latest = versionFromRow(row, 5);
-    item.hasChildren = row.value(15).toBool();
+    item.hasChildren = row.value(17).toBool();
     return item;
 }
 
 } // namespace
+
+CatalogStore::PrefixedPath CatalogStore::splitPrefix(
+    const QString& path, const QStringList& prefixes, const QString& ownPrefix)
+{
+    const int slash = path.indexOf(QLatin1Char('/'), 1);
+    const QString first = path.mid(1, slash < 0 ? -1 : slash - 1);
+    if (path.startsWith(QLatin1Char('/')) && first != volumesRoot.mid(1) && first != sharesRoot.mid(1)
+        && (prefixes.contains(first) || first == ownPrefix))
+        return {first, slash < 0 ? QString() : path.mid(slash), true};
+    return {ownPrefix, path, false};
+}
 
 bool CatalogStore::isValidPath(const QString& path)
 {
@@ -160,8 +173,8 @@ void CatalogStore::addVersion(
     const qint64 entry = ensureEntry(account, prefix, path, true);
     QSqlQuery& insert = prepared(m_upsertVersion,
         QStringLiteral("INSERT OR REPLACE INTO catalog_versions (entry_id, snapshot, backup_utc, modified_utc, size, "
-                       "original_size, is_encrypted, is_compressed, is_full, revision, attribute) "
-                       "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+                       "original_size, is_encrypted, is_compressed, is_full, revision, attribute, plan_id, gone_ms) "
+                       "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
     insert.bindValue(0, entry);
     insert.bindValue(1, Database::text(version.snapshot));
     insert.bindValue(2, Database::text(StoreTime::toText(version.backupTime)));
@@ -173,6 +186,8 @@ void CatalogStore::addVersion(
     insert.bindValue(8, version.full ? 1 : 0);
     insert.bindValue(9, version.revision);
     insert.bindValue(10, version.attribute);
+    insert.bindValue(11, Database::text(version.plan.isNull() ? QString() : version.plan.toString()));
+    insert.bindValue(12, version.goneMs);
     m_database.exec(insert);
 }
 
@@ -219,7 +234,7 @@ QList<CatalogVersion> CatalogStore::versions(qint64 entryId, int offset, int lim
 {
     QSqlQuery query = m_database.prepare(
         QStringLiteral("SELECT snapshot, backup_utc, modified_utc, size, original_size, is_encrypted, is_compressed, "
-                       "is_full, revision, attribute FROM catalog_versions WHERE entry_id = ? "
+                       "is_full, revision, attribute, plan_id, gone_ms FROM catalog_versions WHERE entry_id = ? "
                        "ORDER BY backup_utc DESC, id DESC LIMIT ? OFFSET ?"));
     query.addBindValue(entryId);
     query.addBindValue(limit);

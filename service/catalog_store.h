@@ -28,6 +28,8 @@ struct CatalogVersion
     bool full = true;
     qint64 revision = 0; // block-level revision; 0 for a whole file
     qint64 attribute = 0;
+    QUuid plan; // the plan whose repository holds it
+    qint64 goneMs = 0; // when its plan's backups stopped holding it; 0 while they do
 };
 
 /// A folder or file of the catalog, with its newest version when it is a file.
@@ -58,6 +60,18 @@ public:
     ~CatalogStore();
     CatalogStore(const CatalogStore&) = delete;
     CatalogStore& operator=(const CatalogStore&) = delete;
+
+    /// A path of the storage tree split into its prefix and the catalog path below it.
+    struct PrefixedPath
+    {
+        QString prefix;
+        QString path;
+        bool named = false; // the path began with the prefix
+    };
+    /// The tree lists an account's prefixes first: "/<prefix>/TWB_VOLUMES/..." when the first part
+    /// is one of `prefixes`; a path that starts at a volume or share root, or any other, lies under
+    /// the account's own prefix.
+    static PrefixedPath splitPrefix(const QString& path, const QStringList& prefixes, const QString& ownPrefix);
 
     /// Whether a path is one the catalog can hold: absolute, no empty, "." or ".." part, no
     /// trailing "/". The root itself is the empty path.

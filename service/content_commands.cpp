@@ -82,13 +82,39 @@ void ContentCommands::restoreContent(const QJsonObject& request, const Responder
     const std::optional<Account> account = AccountStore(m_database).find(destination);
     if (!account)
         throw params.fault("destination", QStringLiteral("names no storage account: %1").arg(destination.toString()));
-    const QString prefix = params.optionalString("prefix", account->prefix);
     const int pageSize = OptionStore(m_database)
                              .number(QLatin1String(OptionStore::RestoreContentPageSize), defaultPageSize(), 1, 1000000);
 
     CatalogStore catalog(m_database);
     QJsonArray entries;
     bool more = false;
+    // Without a prefix of its own, a request walks the tree whose top level is the account's
+    // prefixes, one for each machine that backs up into it; "/<prefix>/..." lies below one of them.
+    QString prefix = params.optionalString("prefix");
+    QString shown; // what stands before the catalog path in the entries' paths
+    if (prefix.isEmpty()) {
+        const QStringList prefixes = catalog.prefixes(destination);
+        if (path.isEmpty()) {
+            const QStringList page = prefixes.mid(offset, pageSize);
+            more = prefixes.size() > offset + pageSize;
+            for (const QString& name : page) {
+                QJsonObject object = entry(name, QLatin1Char('/') + name, CatalogItem::Folder, true);
+                if (manualMode)
+                    addDetails(object, std::nullopt);
+                entries.append(object);
+            }
+            if (more)
+                entries.append(marker());
+            respond.success({{QStringLiteral("contentRestore"), entries}});
+            return;
+        }
+        const CatalogStore::PrefixedPath split = CatalogStore::splitPrefix(path, prefixes, account->prefix);
+        prefix = split.prefix;
+        path = split.path;
+        if (split.named)
+            shown = QLatin1Char('/') + prefix;
+    }
+
     std::optional<CatalogItem> folder;
     if (!path.isEmpty()) {
         folder = catalog.find(destination, prefix, path);
@@ -106,7 +132,7 @@ void ContentCommands::restoreContent(const QJsonObject& request, const Responder
                 versions.removeLast();
             for (const CatalogVersion& version : qAsConst(versions)) {
                 const bool block = version.revision > 0 || !version.full;
-                QJsonObject object = entry(folder->name, folder->path + QLatin1Char('@') + version.snapshot,
+                QJsonObject object = entry(folder->name, shown + folder->path + QLatin1Char('@') + version.snapshot,
                     block ? CatalogItem::BlockVersion : CatalogItem::FileVersion, false);
                 addDetails(object, version);
                 entries.append(object);
@@ -119,7 +145,7 @@ void ContentCommands::restoreContent(const QJsonObject& request, const Responder
             items.removeLast();
         for (const CatalogItem& item : qAsConst(items)) {
             const bool expandable = item.isFile ? manualMode : item.hasChildren;
-            QJsonObject object = entry(item.name, item.path, item.kind, expandable);
+            QJsonObject object = entry(item.name, shown + item.path, item.kind, expandable);
             if (manualMode)
                 addDetails(object, item.latest);
             entries.append(object);

@@ -76,6 +76,24 @@ qint64 HistoryStore::addFileOperation(const FileOperationRecord& operation)
     return query.lastInsertId().toLongLong();
 }
 
+QList<RunRecord> HistoryStore::unfinishedRuns()
+{
+    QSqlQuery query = m_database.prepare(
+        QStringLiteral("SELECT id, plan_id, plan_name, operation, start_utc FROM runs WHERE result = 2 ORDER BY id"));
+    m_database.exec(query);
+    QList<RunRecord> result;
+    while (query.next()) {
+        RunRecord run;
+        run.id = query.value(0).toLongLong();
+        run.plan = QUuid(query.value(1).toString());
+        run.planName = query.value(2).toString();
+        run.operation = query.value(3).toInt();
+        run.start = StoreTime::fromText(query.value(4).toString());
+        result.append(run);
+    }
+    return result;
+}
+
 QList<RunRecord> HistoryStore::runs(const QUuid& plan, const QDateTime& since, qint64 beforeId, int limit)
 {
     Filter filter;

@@ -56,6 +56,8 @@ public:
     /// Rewrites result, duration, counts and message of a run that ended.
     void updateRun(const RunRecord& run);
     qint64 addFileOperation(const FileOperationRecord& operation);
+    /// Runs still marked as running; after a start of the service, those its death cut short.
+    QList<RunRecord> unfinishedRuns();
 
     /// Runs of one plan, or of all plans for a null id, that started at `since` or later (all for an
     /// invalid time), with ids below `beforeId` (all for 0), newest first.

@@ -5,8 +5,10 @@
 #include "service/certificate_commands.h"
 #include "service/content_commands.h"
 #include "service/database.h"
+#include "service/engine.h"
 #include "service/history_commands.h"
 #include "service/plan_commands.h"
+#include "service/scheduler.h"
 #include "service/settings_commands.h"
 #include "service/storage_commands.h"
 
@@ -49,17 +51,41 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         m_certificates->registerAt(m_router);
         m_settings->registerAt(m_router);
 
+        m_engine = std::make_unique<Engine>(*m_database, m_server, *m_plans, dataDir);
+        m_engine->registerAt(m_router);
+        m_scheduler = std::make_unique<Scheduler>(*m_database, *m_engine, m_server);
+        Engine* engine = m_engine.get();
+        Scheduler* scheduler = m_scheduler.get();
+        m_plans->setRunningCheck([engine](const QUuid& id) { return engine->isRunning(id); });
+        m_plans->setChangeListener([scheduler] { scheduler->plansChanged(); });
+        m_storages->setSyncCheck([engine](const QUuid& id) { return engine->isSynchronising(id); });
+
         m_storages->ensureDefaultStorage(dataDir);
     } catch (const QString& text) {
         if (error)
             *error = text;
         return false;
     }
-    return m_server.listen(socketPath, error);
+    // Only the service that owns the socket may call earlier runs interrupted and start plans: a
+    // second one on the same data folder gives up here.
+    if (!m_server.listen(socketPath, error))
+        return false;
+    try {
+        m_engine->recoverInterrupted();
+    } catch (const QString& text) {
+        TWL::TwlDebug("TWB").warning() << "Cannot record the runs the last stop cut short:" << text;
+    }
+    m_scheduler->start();
+    return true;
 }
 
 void LocalService::stop()
 {
+    if (m_plans)
+        m_plans->setChangeListener(nullptr);
+    m_scheduler.reset();
+    if (m_engine)
+        m_engine->shutdown();
     m_server.close();
 }
 

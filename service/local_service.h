@@ -13,7 +13,9 @@ namespace TWB::Service {
 class CertificateCommands;
 class ContentCommands;
 class Database;
+class Engine;
 class HistoryCommands;
+class Scheduler;
 class PlanCommands;
 class SettingsCommands;
 class StorageCommands;
@@ -46,6 +48,8 @@ private:
     std::unique_ptr<ContentCommands> m_content;
     std::unique_ptr<CertificateCommands> m_certificates;
     std::unique_ptr<SettingsCommands> m_settings;
+    std::unique_ptr<Engine> m_engine;
+    std::unique_ptr<Scheduler> m_scheduler;
 };
 
 } // namespace TWB::Service

@@ -107,11 +107,40 @@ const QStringList step1 = {
                    " added_utc TEXT NOT NULL)"),
 };
 
+// The engine: which plan's repository holds each version, when a file left the backups, the
+// snapshots of each repository, and the keys of repositories whose plan has no password of its own.
+const QStringList step2 = {
+    QStringLiteral("ALTER TABLE catalog_versions ADD COLUMN plan_id TEXT NOT NULL DEFAULT ''"),
+    // A version is held by its plan's backups from its own snapshot until the time, in milliseconds,
+    // of the first later backup that held another version or no longer held the file; 0 while the
+    // newest backup still holds it. Retention needs this to know which backups a version lives in.
+    QStringLiteral("ALTER TABLE catalog_versions ADD COLUMN gone_ms INTEGER NOT NULL DEFAULT 0"),
+    QStringLiteral("CREATE INDEX catalog_versions_by_plan ON catalog_versions(plan_id, snapshot)"),
+    // Times in milliseconds: two backups of one plan may fall in the same second, and a point in
+    // time must still tell them apart.
+    QStringLiteral("CREATE TABLE catalog_snapshots ("
+                   " plan_id TEXT NOT NULL,"
+                   " snapshot TEXT NOT NULL,"
+                   " time_ms INTEGER NOT NULL,"
+                   " account_id TEXT NOT NULL,"
+                   " prefix TEXT NOT NULL,"
+                   " shares TEXT NOT NULL DEFAULT '',"
+                   " PRIMARY KEY (plan_id, snapshot))"),
+    QStringLiteral("CREATE INDEX catalog_snapshots_by_time ON catalog_snapshots(plan_id, time_ms)"),
+    // The password that opens each repository now; "generated" when the service made it because the
+    // plan has no password of its own.
+    QStringLiteral("CREATE TABLE repository_keys ("
+                   " plan_id TEXT PRIMARY KEY,"
+                   " key TEXT NOT NULL,"
+                   " generated INTEGER NOT NULL DEFAULT 0,"
+                   " updated_utc TEXT NOT NULL)"),
+};
+
 } // namespace
 
 int Migrations::count()
 {
-    return 1;
+    return 2;
 }
 
 QStringList Migrations::step(int version)
@@ -119,6 +148,8 @@ QStringList Migrations::step(int version)
     switch (version) {
     case 1:
         return step1;
+    case 2:
+        return step2;
     default:
         return {};
     }

@@ -76,12 +76,50 @@ bool dayAllowed(const Schedule& schedule, const QDate& date)
     return false;
 }
 
-// The first time of the day `date` at which the schedule fires after `after`, if any.
+// The first moment at which the local clock shows `time` on `date`, or an invalid time when it
+// never does. Worked out from the offsets around it rather than left to mktime(), which resolves a
+// time shown twice by whatever it saw last.
+QDateTime firstLocalMoment(const QDate& date, const QTime& time)
+{
+    const QDateTime wall(date, time, Qt::UTC);
+    const qint64 wallMs = wall.toMSecsSinceEpoch();
+    QDateTime first;
+    for (const qint64 probe : {wallMs - 12 * 3600 * 1000LL, wallMs + 12 * 3600 * 1000LL}) {
+        const int offset = QDateTime::fromMSecsSinceEpoch(probe, Qt::LocalTime).offsetFromUtc();
+        const QDateTime candidate = QDateTime::fromMSecsSinceEpoch(wallMs - offset * 1000LL, Qt::UTC);
+        const QDateTime shown = candidate.toLocalTime();
+        if (shown.date() == date && shown.time() == time && (!first.isValid() || candidate < first))
+            first = candidate;
+    }
+    return first;
+}
+
+// The moment a local time of day falls on. A time the clock skips when summer time begins falls
+// on the first moment after the skip; a time the clock shows twice in autumn counts at its first.
+QDateTime localMoment(const QDate& date, const QTime& time)
+{
+    const QDateTime at = firstLocalMoment(date, time);
+    if (at.isValid())
+        return at;
+    for (int minutes = 1; minutes <= 24 * 60; ++minutes) {
+        const int secs = time.msecsSinceStartOfDay() / 1000 + minutes * 60;
+        if (secs >= 24 * 3600)
+            break;
+        const QDateTime later = firstLocalMoment(date, QTime::fromMSecsSinceStartOfDay(secs * 1000));
+        if (later.isValid())
+            return later;
+    }
+    return QDateTime();
+}
+
+// The first time of the day `date` at which the schedule fires after `after`, if any. Repeats
+// within a day follow the clock on the wall: every 90 minutes from 00:00 is 00:00, 01:30, 03:00,
+// whatever the clock did in between.
 QDateTime firstOnDay(const Schedule& schedule, const QDate& date, const QDateTime& after)
 {
     if (!schedule.dailyRecurrence()) {
-        const QDateTime at(date, schedule.occursAt().isValid() ? schedule.occursAt() : QTime(0, 0), Qt::LocalTime);
-        return at > after ? at : QDateTime();
+        const QDateTime at = localMoment(date, schedule.occursAt().isValid() ? schedule.occursAt() : QTime(0, 0));
+        return at.isValid() && at > after ? at : QDateTime();
     }
     const Schedule::OccursEvery every = schedule.occursEvery();
     if (every.period <= 0 || !every.start.isValid())
@@ -90,18 +128,19 @@ QDateTime firstOnDay(const Schedule& schedule, const QDate& date, const QDateTim
     const int periodSecs = every.period * 60;
     const int startSecs = every.start.msecsSinceStartOfDay() / 1000;
     const int endSecs = end.msecsSinceStartOfDay() / 1000;
-    // Jump straight to the first slot after `after` on that day rather than walking every slot.
-    int slot = 0;
-    const QDateTime first(date, every.start, Qt::LocalTime);
-    if (first <= after) {
-        const qint64 passed = first.secsTo(after);
-        slot = int(passed / periodSecs) + 1;
+    // Start a slot before the one `after` falls in rather than walking every slot of the day.
+    int secs = startSecs;
+    if (after.date() == date) {
+        const int afterSecs = after.time().msecsSinceStartOfDay() / 1000;
+        if (afterSecs > startSecs)
+            secs = startSecs + qMax(0, (afterSecs - startSecs) / periodSecs - 1) * periodSecs;
     }
-    const qint64 secs = qint64(startSecs) + qint64(slot) * periodSecs;
-    if (secs > endSecs)
-        return QDateTime();
-    const QDateTime at = first.addSecs(qint64(slot) * periodSecs);
-    return at.date() == date && at > after ? at : QDateTime();
+    for (; secs <= endSecs && secs < 24 * 3600; secs += periodSecs) {
+        const QDateTime at = localMoment(date, QTime::fromMSecsSinceStartOfDay(secs * 1000));
+        if (at.isValid() && at > after)
+            return at;
+    }
+    return QDateTime();
 }
 
 } // namespace

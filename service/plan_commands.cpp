@@ -11,6 +11,7 @@
 #include "service/database.h"
 #include "service/next_run.h"
 #include "service/params.h"
+#include "service/plan_paths.h"
 #include "service/plan_store.h"
 #include "service/responder.h"
 #include "service/schedule_description.h"
@@ -18,7 +19,6 @@
 #include "service/store_time.h"
 #include "service/transaction.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QSet>
 
@@ -30,40 +30,6 @@ using TWB::Info::Plan::Base;
 namespace {
 
 const QString sharesRoot = QStringLiteral("/TWB_SHARES/");
-
-struct Mount
-{
-    QString point;
-    QString type;
-};
-
-// Network file systems as the kernel lists them; read anew each time, since shares come and go.
-QList<Mount> networkMounts()
-{
-    static const QSet<QString> networkTypes = {QStringLiteral("nfs"), QStringLiteral("nfs4"), QStringLiteral("cifs"),
-        QStringLiteral("smb3"), QStringLiteral("smbfs"), QStringLiteral("fuse.sshfs"), QStringLiteral("sshfs"),
-        QStringLiteral("9p"), QStringLiteral("afs"), QStringLiteral("ceph"), QStringLiteral("glusterfs"),
-        QStringLiteral("fuse.glusterfs"), QStringLiteral("davfs"), QStringLiteral("fuse.davfs2"),
-        QStringLiteral("ncpfs")};
-    QList<Mount> mounts;
-    QFile file(QStringLiteral("/proc/self/mounts"));
-    if (!file.open(QIODevice::ReadOnly))
-        return mounts;
-    const QList<QByteArray> lines = file.readAll().split('\n');
-    for (const QByteArray& line : lines) {
-        const QList<QByteArray> fields = line.split(' ');
-        if (fields.size() < 3)
-            continue;
-        const QString type = QString::fromUtf8(fields.at(2));
-        if (!networkTypes.contains(type))
-            continue;
-        // The kernel writes blanks in mount points as \040.
-        QString point = QString::fromUtf8(fields.at(1));
-        point.replace(QLatin1String("\\040"), QLatin1String(" "));
-        mounts.append({point, type});
-    }
-    return mounts;
-}
 
 QString notifyId(const QUuid& id)
 {
@@ -98,10 +64,6 @@ void PlanCommands::registerAt(CommandRouter& router)
         [this](const QJsonObject& params, const Responder& respond) { remove(params, respond); });
     router.add(QStringLiteral("GetUsedShare"),
         [this](const QJsonObject& params, const Responder& respond) { usedShare(params, respond); });
-    router.add(QStringLiteral("PlanExecuteStart"),
-        [this](const QJsonObject& params, const Responder& respond) { notRunning(params, respond); });
-    router.add(QStringLiteral("PlanExecuteStop"),
-        [this](const QJsonObject& params, const Responder& respond) { notRunning(params, respond); });
 }
 
 QJsonObject PlanCommands::info(const PlanRecord& plan)
@@ -137,14 +99,8 @@ QString PlanCommands::shareRoot(const QString& path)
         const int end = path.indexOf(QLatin1Char('/'), sharesRoot.size());
         return end < 0 ? path : path.left(end);
     }
-    QString best;
-    const QList<Mount> mounts = networkMounts();
-    for (const Mount& mount : mounts) {
-        const QString point = mount.point.endsWith(QLatin1Char('/')) ? mount.point.chopped(1) : mount.point;
-        if ((path == point || path.startsWith(point + QLatin1Char('/'))) && point.size() > best.size())
-            best = point;
-    }
-    return best;
+    // Shares come and go: the mounts are read anew each time.
+    return PlanPaths().networkMountOf(path);
 }
 
 std::shared_ptr<Base> PlanCommands::parsed(const QUuid& id)
@@ -163,36 +119,9 @@ std::shared_ptr<Base> PlanCommands::parsed(const QUuid& id)
     return plan;
 }
 
-void PlanCommands::refreshNextRuns(QList<PlanRecord>& plans)
-{
-    const QDateTime now = QDateTime::currentDateTimeUtc();
-    QList<PlanRecord*> moved;
-    for (PlanRecord& plan : plans) {
-        const bool stale = plan.nextRun.isValid() && plan.nextRun <= now;
-        const bool staleFull = plan.nextRunFull.isValid() && plan.nextRunFull <= now;
-        if (!stale && !staleFull)
-            continue;
-        const std::shared_ptr<Base> object = parsed(plan.id);
-        if (!object)
-            continue;
-        plan.nextRun = NextRun::after(object->schedule(), now);
-        if (const auto* backup = dynamic_cast<const TWB::Info::Plan::Backup*>(object.get()))
-            plan.nextRunFull = NextRun::after(backup->forceFullSchedule(), now);
-        moved.append(&plan);
-    }
-    if (moved.isEmpty())
-        return;
-    PlanStore store(m_database);
-    Transaction transaction(m_database);
-    for (const PlanRecord* plan : qAsConst(moved))
-        store.setNextRun(plan->id, plan->nextRun, plan->nextRunFull);
-    transaction.commit();
-}
-
 void PlanCommands::getList(const QJsonObject&, const Responder& respond)
 {
-    QList<PlanRecord> plans = PlanStore(m_database).all();
-    refreshNextRuns(plans);
+    const QList<PlanRecord> plans = PlanStore(m_database).all();
     QJsonArray list;
     for (const PlanRecord& plan : qAsConst(plans))
         list.append(info(plan));
@@ -203,15 +132,13 @@ void PlanCommands::getInfo(const QJsonObject& request, const Responder& respond)
 {
     const Params params(request, respond.command());
     const QUuid id = params.uuid("id");
-    std::optional<PlanRecord> plan = PlanStore(m_database).find(id);
+    const std::optional<PlanRecord> plan = PlanStore(m_database).find(id);
     if (!plan) {
         // The console asks after a notification; a plan removed meanwhile is simply no row.
         respond.success({{QStringLiteral("planInfo"), QJsonObject()}});
         return;
     }
-    QList<PlanRecord> one = {*plan};
-    refreshNextRuns(one);
-    respond.success({{QStringLiteral("planInfo"), info(one.first())}});
+    respond.success({{QStringLiteral("planInfo"), info(*plan)}});
 }
 
 void PlanCommands::getXml(const QJsonObject& request, const Responder& respond)
@@ -274,22 +201,35 @@ void PlanCommands::update(const QJsonObject& request, const Responder& respond)
     m_server.broadcast(
         QLatin1String(created ? Type::PlanCreated : Type::PlanUpdated), {{QStringLiteral("id"), notifyId(id)}});
     respond.success();
+    if (m_changed)
+        m_changed();
 }
 
 void PlanCommands::remove(const QJsonObject& request, const Responder& respond)
 {
     const Params params(request, respond.command());
     const QUuid id = params.uuid("ID");
+    if (!PlanStore(m_database).find(id))
+        throw params.fault("ID", QStringLiteral("names no plan: %1").arg(id.toString()));
+    if (m_isRunning && m_isRunning(id))
+        throw QStringLiteral("The plan %1 is running; stop it before removing it").arg(id.toString());
+    removePlan(id);
+    respond.success();
+}
+
+void PlanCommands::removePlan(const QUuid& id)
+{
     PlanStore store(m_database);
     Transaction transaction(m_database);
     if (!store.remove(id))
-        throw params.fault("ID", QStringLiteral("names no plan: %1").arg(id.toString()));
+        throw QStringLiteral("No plan %1").arg(id.toString());
     transaction.commit();
     m_parsed.remove(id);
 
     TWL::TwlDebug("TWB").info() << "Removed plan" << id.toString();
     m_server.broadcast(QLatin1String(Type::PlanRemoved), {{QStringLiteral("id"), notifyId(id)}});
-    respond.success();
+    if (m_changed)
+        m_changed();
 }
 
 void PlanCommands::usedShare(const QJsonObject&, const Responder& respond)
@@ -315,16 +255,6 @@ void PlanCommands::usedShare(const QJsonObject&, const Responder& respond)
         }
     }
     respond.success({{QStringLiteral("list"), list}});
-}
-
-void PlanCommands::notRunning(const QJsonObject& request, const Responder& respond)
-{
-    const Params params(request, respond.command());
-    const QUuid id = params.uuid("ID");
-    params.optionalBool("force_full", false);
-    if (!PlanStore(m_database).find(id))
-        throw params.fault("ID", QStringLiteral("names no plan: %1").arg(id.toString()));
-    respond.fail(QStringLiteral("Running plans is not available yet in this version of the service"));
 }
 
 } // namespace TWB::Service

@@ -4,6 +4,7 @@
 #include <QJsonObject>
 #include <QUuid>
 
+#include <functional>
 #include <memory>
 
 namespace TWB::Info::Plan {
@@ -19,7 +20,7 @@ class Responder;
 class ServiceServer;
 
 /// Plans: "PlanGetList", "PlanGetInfo", "PlanGetXML", "PlanUpdate", "PlanRemove" and
-/// "GetUsedShare", and the answer to "PlanExecuteStart" and "PlanExecuteStop" until plans run.
+/// "GetUsedShare". Running them is the engine's.
 class PlanCommands final
 {
 public:
@@ -29,6 +30,14 @@ public:
     PlanCommands& operator=(const PlanCommands&) = delete;
 
     void registerAt(CommandRouter& router);
+
+    /// Asked before a plan is removed: a running plan is not.
+    void setRunningCheck(std::function<bool(const QUuid&)> isRunning) { m_isRunning = std::move(isRunning); }
+    /// Told after a plan was saved or removed, so that the scheduler looks at the times again.
+    void setChangeListener(std::function<void()> changed) { m_changed = std::move(changed); }
+
+    /// Removes a plan and tells every console; throws when there is no such plan.
+    void removePlan(const QUuid& id);
 
     /// A plan as the plan table shows it. The run summary keys stay empty until a run.
     static QJsonObject info(const PlanRecord& plan);
@@ -44,16 +53,14 @@ private:
     void update(const QJsonObject& params, const Responder& respond);
     void remove(const QJsonObject& params, const Responder& respond);
     void usedShare(const QJsonObject& params, const Responder& respond);
-    void notRunning(const QJsonObject& params, const Responder& respond);
-
-    /// Moves the next run of plans whose next run has passed; writes the new times back.
-    void refreshNextRuns(QList<PlanRecord>& plans);
     /// The parsed plan, kept until the plan changes; null when it cannot be read.
     std::shared_ptr<TWB::Info::Plan::Base> parsed(const QUuid& id);
 
     Database& m_database;
     ServiceServer& m_server;
     QHash<QUuid, std::shared_ptr<TWB::Info::Plan::Base>> m_parsed;
+    std::function<bool(const QUuid&)> m_isRunning;
+    std::function<void()> m_changed;
 };
 
 } // namespace TWB::Service

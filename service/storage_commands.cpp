@@ -127,7 +127,7 @@ QJsonObject StorageCommands::row(const Account& account)
     row.insert(QStringLiteral("SpaceLimit"), limit);
     row.insert(QStringLiteral("SpaceUsed"), double(catalog.usedSize(account.id)));
     row.insert(QStringLiteral("DetailParams"), account.document);
-    row.insert(QStringLiteral("SyncStatus"), false);
+    row.insert(QStringLiteral("SyncStatus"), m_syncing && m_syncing(account.id));
     return row;
 }
 

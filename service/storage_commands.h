@@ -1,6 +1,9 @@
 #pragma once
 
 #include <QJsonObject>
+#include <QUuid>
+
+#include <functional>
 
 namespace TWB::Service {
 
@@ -26,6 +29,9 @@ public:
     /// Made once: a user who removes it keeps it removed.
     void ensureDefaultStorage(const QString& dataDir);
 
+    /// Asked for the "SyncStatus" of each row: whether the account's repositories are being read.
+    void setSyncCheck(std::function<bool(const QUuid&)> syncing) { m_syncing = std::move(syncing); }
+
     /// An account as the console's storage list shows it.
     QJsonObject row(const Account& account);
 
@@ -36,6 +42,7 @@ private:
 
     Database& m_database;
     ServiceServer& m_server;
+    std::function<bool(const QUuid&)> m_syncing;
 };
 
 } // namespace TWB::Service

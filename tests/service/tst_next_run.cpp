@@ -60,6 +60,22 @@ Setup monthly(Schedule::WeekNumber week, int day)
     };
 }
 
+Setup every(int minutes, const QTime& from, const QTime& to)
+{
+    return [minutes, from, to](Schedule& s) {
+        s.setEnable(true);
+        s.setType(Schedule::Recurring);
+        s.setFrequencyType(Schedule::Daily);
+        s.setDailyRecurrence(true);
+        s.setOccursEvery(minutes, from, to);
+    };
+}
+
+QDateTime utc(int y, int m, int d, int h, int min)
+{
+    return QDateTime(QDate(y, m, d), QTime(h, min), Qt::UTC);
+}
+
 Setup dayOfMonth(int day)
 {
     return [day](Schedule& s) {
@@ -166,6 +182,71 @@ private Q_SLOTS:
         QTest::newRow("every third month from January")
             << quarterly << berlin(2026, 2, 1, 0, 0) << berlin(2026, 4, 15, 9, 0);
         QTest::newRow("not before its start") << quarterly << berlin(2025, 11, 20, 0, 0) << berlin(2026, 1, 15, 9, 0);
+
+        // Month ends and leap days.
+        const int lastDay = add(then(nine, dayOfMonth(31)));
+        QTest::newRow("the 31st after January is February's last")
+            << lastDay << berlin(2026, 1, 31, 10, 0) << berlin(2026, 2, 28, 9, 0);
+        QTest::newRow("the 31st in a leap February is the 29th")
+            << lastDay << berlin(2028, 2, 1, 0, 0) << berlin(2028, 2, 29, 9, 0);
+        const int leapDay = add(then(nine, dayOfMonth(29)));
+        QTest::newRow("the 29th in a common February is the 28th")
+            << leapDay << berlin(2027, 2, 1, 0, 0) << berlin(2027, 2, 28, 9, 0);
+        QTest::newRow("the 29th after a leap day is March's")
+            << leapDay << berlin(2028, 2, 29, 9, 0) << berlin(2028, 3, 29, 9, 0);
+        const int yearlyFromLeapDay
+            = add(then(then(nine, dayOfMonth(29)), [](Schedule& s) { s.setMonthRepeat(12, QDate(2028, 2, 29)); }));
+        QTest::newRow("yearly from a leap day, next year on the 28th")
+            << yearlyFromLeapDay << berlin(2028, 3, 1, 0, 0) << berlin(2029, 2, 28, 9, 0);
+        const int everyOther
+            = add(then(then(nine, dayOfMonth(30)), [](Schedule& s) { s.setMonthRepeat(2, QDate(2026, 11, 1)); }));
+        QTest::newRow("every second month across the year end")
+            << everyOther << berlin(2026, 11, 30, 10, 0) << berlin(2027, 1, 30, 9, 0);
+        QTest::newRow("weekly across the year end")
+            << add(then(nine, weekdays({4}))) << berlin(2026, 12, 31, 10, 0) << berlin(2027, 1, 1, 9, 0);
+    }
+
+    // In Berlin the clock jumps from 02:00 to 03:00 on 2026-03-29 and from 03:00 back to 02:00 on
+    // 2026-10-25.
+    void nextRunAcrossClockChanges_data()
+    {
+        QTest::addColumn<int>("setup");
+        QTest::addColumn<QDateTime>("after");
+        QTest::addColumn<QDateTime>("expected");
+
+        const int at0230 = add(daily(QTime(2, 30)));
+        QTest::newRow("a time the spring change skips fires when the clock jumps")
+            << at0230 << utc(2026, 3, 28, 12, 0) << utc(2026, 3, 29, 1, 0);
+        QTest::newRow("the day after the spring change, at the time again")
+            << at0230 << utc(2026, 3, 29, 1, 0) << utc(2026, 3, 30, 0, 30);
+        QTest::newRow("a time the autumn change repeats fires at its first")
+            << at0230 << utc(2026, 10, 24, 12, 0) << utc(2026, 10, 25, 0, 30);
+        QTest::newRow("and not again an hour later") << at0230 << utc(2026, 10, 25, 0, 30) << utc(2026, 10, 26, 1, 30);
+
+        const int ninetyMinutes = add(every(90, QTime(0, 0), QTime(23, 59)));
+        QTest::newRow("every 90 minutes keeps to the wall clock in spring")
+            << ninetyMinutes << utc(2026, 3, 29, 0, 40) << utc(2026, 3, 29, 1, 0);
+        QTest::newRow("every 90 minutes after the spring change")
+            << ninetyMinutes << utc(2026, 3, 29, 1, 0) << utc(2026, 3, 29, 2, 30);
+        QTest::newRow("every 90 minutes keeps to the wall clock in autumn")
+            << ninetyMinutes << utc(2026, 10, 25, 1, 0) << utc(2026, 10, 25, 2, 0);
+        const int hourly = add(every(60, QTime(0, 0), QTime(23, 59)));
+        QTest::newRow("every hour fires at the first of the repeated hour")
+            << hourly << utc(2026, 10, 24, 23, 30) << utc(2026, 10, 25, 0, 0);
+        QTest::newRow("every hour skips the repeat of that hour")
+            << hourly << utc(2026, 10, 25, 0, 0) << utc(2026, 10, 25, 2, 0);
+        QTest::newRow("weekly on the day of the spring change")
+            << add(then(daily(QTime(12, 0)), weekdays({6}))) << utc(2026, 3, 25, 12, 0) << utc(2026, 3, 29, 10, 0);
+    }
+
+    void nextRunAcrossClockChanges()
+    {
+        QFETCH(int, setup);
+        QFETCH(QDateTime, after);
+        QFETCH(QDateTime, expected);
+        Schedule schedule;
+        m_setups.at(size_t(setup))(schedule);
+        QCOMPARE(NextRun::after(schedule, after), expected);
     }
 
     void nextRun()

@@ -100,6 +100,7 @@ private:
     std::unique_ptr<Database> m_store; // the test's own connection to the service's store
     QUuid m_account;
     QUuid m_empty;
+    QString m_own; // the first account's prefix, this machine's name
     QStringList m_bigFolder; // names in the order a listing must give them
 
     void setPageSize(int size)
@@ -128,7 +129,8 @@ private Q_SLOTS:
                                          .toArray()
                                          .first()
                                          .toObject();
-        const QString own = firstRow.value(QStringLiteral("Prefix")).toString();
+        m_own = firstRow.value(QStringLiteral("Prefix")).toString();
+        const QString& own = m_own;
 
         m_store = std::make_unique<Database>(m_service->storeFile());
         m_store->open();
@@ -214,20 +216,45 @@ private Q_SLOTS:
         QCOMPARE(listing.entries.at(1).value(QStringLiteral("IsExpandable")).toBool(), true);
     }
 
-    void topLevelShowsVolumesAndShares()
+    void topLevelShowsPrefixesThenVolumesAndShares()
     {
         const Listing top = listAll(*m_client, QStringLiteral("GetRestoreContent"), request(m_account, QString()));
-        QCOMPARE(top.names, QStringList({QStringLiteral("TWB_SHARES"), QStringLiteral("TWB_VOLUMES")}));
-        QCOMPARE(top.entries.at(1).value(QStringLiteral("Path")).toString(), QStringLiteral("/TWB_VOLUMES"));
-        QCOMPARE(top.entries.at(1).value(QStringLiteral("Type")).toInt(), 2);
-        const Listing volumes = listAll(
-            *m_client, QStringLiteral("GetRestoreContent"), request(m_account, QStringLiteral("/TWB_VOLUMES")));
+        QStringList prefixes = {m_own, prefix};
+        prefixes.sort();
+        QCOMPARE(top.names, prefixes);
+        for (const QJsonObject& entry : top.entries) {
+            QCOMPARE(entry.value(QStringLiteral("Type")).toInt(), 2);
+            QCOMPARE(entry.value(QStringLiteral("Path")).toString(),
+                QLatin1Char('/') + entry.value(QStringLiteral("Name")).toString());
+            QVERIFY(entry.value(QStringLiteral("IsExpandable")).toBool());
+        }
+        const Listing own
+            = listAll(*m_client, QStringLiteral("GetRestoreContent"), request(m_account, QLatin1Char('/') + m_own));
+        QCOMPARE(own.names, QStringList({QStringLiteral("TWB_SHARES"), QStringLiteral("TWB_VOLUMES")}));
+        QCOMPARE(
+            own.entries.at(1).value(QStringLiteral("Path")).toString(), QStringLiteral("/%1/TWB_VOLUMES").arg(m_own));
+        QCOMPARE(own.entries.at(1).value(QStringLiteral("Type")).toInt(), 2);
+        const Listing volumes = listAll(*m_client, QStringLiteral("GetRestoreContent"),
+            request(m_account, QStringLiteral("/%1/TWB_VOLUMES").arg(m_own)));
         QCOMPARE(volumes.names, QStringList({QStringLiteral("root")}));
         QCOMPARE(volumes.entries.first().value(QStringLiteral("Type")).toInt(), 7);
+        QCOMPARE(volumes.entries.first().value(QStringLiteral("Path")).toString(),
+            QStringLiteral("/%1/TWB_VOLUMES/root").arg(m_own));
+        // A path that starts at a volume or share root lies under the account's own prefix.
         const Listing shares = listAll(
             *m_client, QStringLiteral("GetRestoreContent"), request(m_account, QStringLiteral("/TWB_SHARES/")));
         QCOMPARE(shares.entries.first().value(QStringLiteral("Type")).toInt(), 5);
         QCOMPARE(shares.entries.first().value(QStringLiteral("Path")).toString(), QStringLiteral("/TWB_SHARES/nas"));
+        // Another machine's files lie below its prefix.
+        const Listing other = listAll(*m_client, QStringLiteral("GetRestoreContentManualMode"),
+            request(m_account, QStringLiteral("/%1/TWB_VOLUMES/root").arg(prefix)));
+        QCOMPARE(other.names, QStringList({QStringLiteral("other.txt")}));
+        QCOMPARE(other.entries.first().value(QStringLiteral("Path")).toString(),
+            QStringLiteral("/%1/TWB_VOLUMES/root/other.txt").arg(prefix));
+        const Listing versions = listAll(*m_client, QStringLiteral("GetRestoreContentManualMode"),
+            request(m_account, QStringLiteral("/%1/TWB_VOLUMES/root/other.txt").arg(prefix)));
+        QCOMPARE(versions.entries.first().value(QStringLiteral("Path")).toString(),
+            QStringLiteral("/%1/TWB_VOLUMES/root/other.txt@x").arg(prefix));
     }
 
     void manualModeShowsSizesAndVersions()

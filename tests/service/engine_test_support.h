@@ -1,0 +1,70 @@
+#pragma once
+
+#include "raw_client.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+#include <QUuid>
+
+namespace TWB::Info::Plan {
+class Base;
+}
+
+namespace TWB::Test {
+
+/// What a run left in the plan table and the notifications it sent.
+struct RunOutcome
+{
+    bool ended = false;
+    QJsonObject row; // "planInfo" after the run
+    int status = -1; // "LastRunStatus"
+    QString message; // "LastRunMessage"
+    int lastState = -1; // "last_state" of the end notification
+    bool startedFirst = false; // a state 1 came before the state 2
+};
+
+/// Helpers of the tests that run plans through the real twbd with real restic repositories.
+class EngineTestSupport final
+{
+public:
+    /// Writes a file, making its folders; sets its modification time when one is given.
+    static void writeFile(const QString& path, const QByteArray& data, const QDateTime& modified = QDateTime());
+    /// Bytes that compress badly, the same for the same seed.
+    static QByteArray noise(int size, quint32 seed);
+    /// Every file and link below a folder by its path there, with a digest of its content (or of
+    /// the link's target), so that two trees compare byte for byte.
+    static QMap<QString, QByteArray> tree(const QString& root);
+
+    /// Saves the plan through "PlanUpdate"; false with the reason logged when refused.
+    static bool save(RawClient& client, const TWB::Info::Plan::Base& plan);
+    /// Starts the plan and waits for its end: the state notification with state 2.
+    static RunOutcome run(RawClient& client, const QUuid& plan, bool forceFull = false, int timeoutMs = 90000);
+    /// Waits for the end of a run that was started otherwise.
+    static RunOutcome waitForEnd(RawClient& client, const QUuid& plan, int timeoutMs = 90000);
+    /// A file-system account on `folder` with the prefix given; returns its id.
+    static QUuid addLocalAccount(RawClient& client, const QString& folder, const QString& prefix);
+
+    /// The progress notifications of a plan that the client holds.
+    static QList<QJsonObject> progress(const RawClient& client, const QUuid& plan);
+    /// All entries of a history listing ("HistoryListByPlan" or "HistoryListByFiles") of one plan.
+    static QJsonArray history(RawClient& client, const QString& command, const QUuid& plan);
+
+    /// restic itself on a repository, for looking at what the service made; exit code in `exitCode`.
+    static QByteArray restic(
+        const QString& repository, const QString& password, const QStringList& arguments, int* exitCode = nullptr);
+    /// The ids of the repository's snapshots, oldest first, and their times.
+    static QList<QPair<QString, QDateTime>> snapshots(const QString& repository, const QString& password);
+
+    /// Sets or clears (empty value) an option in the service's options.ini.
+    static void setOption(const QString& dataDir, const QString& key, const QString& value);
+
+    /// Process ids of the processes below `ancestor`, with their command lines.
+    static QMap<qint64, QByteArray> descendants(qint64 ancestor);
+};
+
+} // namespace TWB::Test
