@@ -98,7 +98,18 @@ void EngineProcess::onStdout()
 
 void EngineProcess::onStderr()
 {
-    m_stderr += readAllStandardError();
+    m_errPending += readAllStandardError();
+    int start = 0;
+    for (int end = m_errPending.indexOf('\n'); end >= 0; end = m_errPending.indexOf('\n', start)) {
+        const QByteArray line = m_errPending.mid(start, end - start);
+        start = end + 1;
+        // restic writes the errors of its JSON output to stderr, one object a line.
+        if (m_onLine && line.trimmed().startsWith('{'))
+            m_onLine(line);
+        else
+            m_stderr += line + '\n';
+    }
+    m_errPending.remove(0, start);
     if (m_stderr.size() > stderrKept)
         m_stderr = m_stderr.right(stderrKept);
 }
@@ -112,6 +123,8 @@ void EngineProcess::onFinished(int exitCode, QProcess::ExitStatus status)
     if (m_onLine && !m_pending.trimmed().isEmpty())
         m_onLine(m_pending);
     m_pending.clear();
+    m_stderr += m_errPending;
+    m_errPending.clear();
     m_ended = true;
     Q_EMIT ended(status == QProcess::NormalExit ? exitCode : -1);
 }

@@ -51,6 +51,7 @@ private:
     QByteArray m_pending;
     QByteArray m_output;
     QByteArray m_stderr;
+    QByteArray m_errPending;
     QByteArray m_input;
     bool m_ended = false;
 };

@@ -407,6 +407,60 @@ private Q_SLOTS:
         QCOMPARE(EngineTestSupport::snapshots(repository(m_documents), QStringLiteral("correct horse")).size(), 1);
     }
 
+    void originalLocationGetsTheBackedUpFilesBack()
+    {
+        QVERIFY(!m_documents.isNull());
+        const QString source = m_documentsSource;
+        const QMap<QString, QByteArray> backedUp = EngineTestSupport::tree(source);
+        EngineTestSupport::writeFile(source + QStringLiteral("/letter.txt"), "Changed my mind\n");
+        QVERIFY(QFile::remove(source + QStringLiteral("/photos/2026/beach.raw")));
+        EngineTestSupport::writeFile(source + QStringLiteral("/new since.txt"), "not in the backup\n");
+        auto back = restorePlan({catalogPath(source)}, QString());
+        const RunOutcome outcome = restore(*back);
+        QCOMPARE(outcome.status, 6);
+        QMap<QString, QByteArray> now = EngineTestSupport::tree(source);
+        // A restore puts back what the backup held and leaves what came since.
+        QVERIFY(now.contains(QStringLiteral("/new since.txt")));
+        now.remove(QStringLiteral("/new since.txt"));
+        QCOMPARE(now, backedUp);
+    }
+
+    void unreadableAndMissingItemsAreFailuresOfTheirOwn()
+    {
+        const QString source = m_root + QStringLiteral("/partly");
+        EngineTestSupport::writeFile(source + QStringLiteral("/fine.txt"), "fine\n");
+        // The kernel refuses to read a process's memory from its start: restic meets a read error.
+        auto plan = backupPlan(QStringLiteral("Partly"),
+            {source, QStringLiteral("/proc/self/mem"), m_root + QStringLiteral("/never-there")},
+            QStringLiteral("partly"));
+        QVERIFY(EngineTestSupport::save(*m_client, *plan));
+        const RunOutcome outcome = EngineTestSupport::run(*m_client, plan->id());
+        QCOMPARE(outcome.status, 7);
+        QCOMPARE(outcome.row.value(QStringLiteral("LastFailedCount")).toInt(), 2);
+        QCOMPARE(outcome.row.value(QStringLiteral("LastUploadedCount")).toInt(), 1);
+        QMap<int, QStringList> operations;
+        const QJsonArray entries
+            = EngineTestSupport::history(*m_client, QStringLiteral("HistoryListByFiles"), plan->id());
+        for (const QJsonValue& value : entries) {
+            const QJsonObject entry = value.toObject();
+            operations[entry.value(QStringLiteral("Operation")).toInt()]
+                << entry.value(QStringLiteral("File")).toString() + QStringLiteral(": ")
+                    + entry.value(QStringLiteral("Message")).toString();
+        }
+        QCOMPARE(operations.value(1), QStringList({source + QStringLiteral("/fine.txt: ")}));
+        QStringList failed = operations.value(4);
+        failed.sort();
+        QCOMPARE(failed,
+            QStringList({QStringLiteral("/proc/self/mem: read failed: Input/output error"),
+                QStringLiteral(": \"%1/never-there\" does not exist").arg(m_root)}));
+        QCOMPARE(EngineTestSupport::history(*m_client, QStringLiteral("HistoryListByPlan"), plan->id())
+                     .first()
+                     .toObject()
+                     .value(QStringLiteral("Result"))
+                     .toInt(),
+            7);
+    }
+
     void selectionFollowsExcludesMasksAndHiddenFiles_data()
     {
         QTest::addColumn<int>("filterType");
