@@ -152,8 +152,8 @@ QTreeView* ConsoleWindow::makePlanView(const QString& modelName)
     view->header()->setSectionResizeMode(QHeaderView::Interactive);
     // Room for what each column usually holds; the user's own widths come back with restoreLayout().
     const QList<QPair<int, int>> widths
-        = {{nameColumn, 200}, {3, 170}, {statusColumn, 70}, {storageColumn, 130}, {6, 140}, {lastStatusColumn, 200},
-            {8, 200}, {9, 140}, {durationColumn, 90}, {11, 60}, {12, 60}, {sizeColumn, 80}};
+        = {{nameColumn, 200}, {3, 170}, {statusColumn, 70}, {storageColumn, 130}, {6, 170}, {lastStatusColumn, 200},
+            {8, 200}, {9, 170}, {durationColumn, 90}, {11, 60}, {12, 60}, {sizeColumn, 80}};
     for (const auto& width : widths)
         view->header()->resizeSection(width.first, width.second);
     view->setItemDelegateForColumn(statusColumn, new TWB::GUI::PlanQuickPlanStatus(view));

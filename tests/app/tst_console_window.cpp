@@ -4,6 +4,8 @@
 #include "frame/application.h"
 #include "frame/application_event_controller.h"
 #include "platform/communication/connection_manager.h"
+#include "plans/plan_result_delegate.h"
+#include "plans/plan_status_list.h"
 #include "plans/storage_name_delegate.h"
 #include "platform/plan/backup_file.h"
 #include "support/modal_answerer.h"
@@ -11,6 +13,8 @@
 #include "support/test_environment.h"
 
 #include <QAction>
+#include <QDir>
+#include <QRandomGenerator>
 #include <QFile>
 #include <QHeaderView>
 #include <QProcess>
@@ -70,6 +74,27 @@ private:
         QVERIFY(m_window->grab().save(TestEnvironment::outputDir() + QLatin1Char('/') + name + QStringLiteral(".png")));
     }
 
+    /// A folder of files to back up: enough of them that a run lasts past its first progress message.
+    QString sourceFolder() const
+    {
+        const QString folder = m_env->root() + QStringLiteral("/documents");
+        if (QDir(folder).exists())
+            return folder;
+        QDir().mkpath(folder + QStringLiteral("/letters"));
+        QRandomGenerator random(7);
+        for (int i = 0; i < 120; ++i) {
+            QFile file(
+                folder + (i % 2 ? QStringLiteral("/letters") : QString()) + QStringLiteral("/file-%1.bin").arg(i));
+            if (!file.open(QIODevice::WriteOnly))
+                break;
+            QByteArray bytes(64 * 1024, Qt::Uninitialized);
+            for (char& b : bytes)
+                b = char(random.generate());
+            file.write(bytes);
+        }
+        return folder;
+    }
+
     /// Imports a plan with twbctl, as a user or a script would.
     void importPlan(const QString& name, const QUuid& storage)
     {
@@ -77,7 +102,7 @@ private:
         plan.setId(QUuid::createUuid());
         plan.setName(name);
         plan.setStorage(storage);
-        plan.setItems({m_env->root()});
+        plan.setItems({sourceFolder()});
         const QString file = m_env->root() + QStringLiteral("/") + name + QStringLiteral(".xml");
         QFile out(file);
         QVERIFY(out.open(QIODevice::WriteOnly));
@@ -155,7 +180,7 @@ private Q_SLOTS:
         m_window->tabs()->setCurrentIndex(0);
     }
 
-    void importedPlanAppearsAndStartsFromTheToolbar()
+    void importedPlanRunsFromTheToolbarToSuccess()
     {
         const QUuid local(m_window->storageView()->model()->index(0, 1).data().toString());
         QVERIFY(!local.isNull());
@@ -174,11 +199,23 @@ private Q_SLOTS:
             QStringLiteral("Local storage"));
         savePicture(QStringLiteral("console_window_plans"));
 
+        QSignalSpy progress(TWB::GUI::PlanStatusList::instance().data(), &TWB::GUI::PlanStatusList::updated);
         m_window->startAction()->trigger();
-        // The service confirms a start by notification; until then the toolbar stays as it is.
-        QTRY_VERIFY_WITH_TIMEOUT(
-            view->model()->index(row, 4).data().toInt() == 1 || !m_window->statusBar()->currentMessage().isEmpty(),
-            10000);
+        // The service confirms the start by notification: the row runs and the toolbar offers Stop.
+        QTRY_COMPARE_WITH_TIMEOUT(view->model()->index(row, 4).data().toInt(), 1, 20000);
+        QTRY_VERIFY(m_window->stopAction()->isEnabled());
+        QVERIFY(!m_window->startAction()->isEnabled());
+        QVERIFY(progress.wait(10000));
+        QCOMPARE(progress.last().at(0).toUuid(), QUuid(view->model()->index(row, 0).data().toString()));
+        savePicture(QStringLiteral("console_window_running"));
+        // The run ends and its row says so.
+        QTRY_COMPARE_WITH_TIMEOUT(view->model()->index(row, 4).data().toInt(), 2, 60000);
+        QTRY_COMPARE_WITH_TIMEOUT(view->model()->index(row, 7).data().toInt(), 6, 10000);
+        QCOMPARE(TWB::GUI::PlanResultDelegate::toText(view->model()->index(row, 7).data(), QLocale()),
+            QStringLiteral("Success"));
+        QVERIFY(!view->model()->index(row, 6).data().toString().isEmpty());
+        QTRY_VERIFY(m_window->startAction()->isEnabled());
+        savePicture(QStringLiteral("console_window_success"));
     }
 
     void removingAPlanAsksFirst()
