@@ -1,5 +1,6 @@
 #include "service/backup_run.h"
 
+#include "platform/logging/twl_debug.h"
 #include "platform/plan/backup_file.h"
 #include "service/database.h"
 #include "service/plan_paths.h"
@@ -10,6 +11,7 @@
 #include "service/transaction.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -398,6 +400,11 @@ void BackupRun::backup()
     call(
         restic(arguments, m_password), [this](const QByteArray& line) { onBackupLine(line); },
         [this](int exitCode, const QString& error) { onBackupEnded(exitCode, error); });
+    try {
+        m_live = SnapshotCatalog(m_database).liveVersions(planId());
+    } catch (const QString& text) {
+        warn(QStringLiteral("The catalog cannot be read: %1").arg(text));
+    }
 }
 
 void BackupRun::onBackupLine(const QByteArray& line)
@@ -478,40 +485,31 @@ void BackupRun::recordSnapshot()
     m_snapshot.plan = planId();
     m_snapshot.account = m_account.id;
     m_snapshot.prefix = m_account.prefix;
-    // restic's verbose output names every file the snapshot holds; their sizes and times are read
-    // from the disk on a worker, rather than by listing the snapshot again.
-    QPointer<BackupRun> self(this);
-    const QStringList held = m_held;
-    QThreadPool::globalInstance()->start([self, held] {
-        QList<SnapshotFile> files;
-        files.reserve(held.size());
-        for (const QString& path : held) {
-            const QFileInfo info(path);
-            files.append({path, info.size(), info.lastModified().toUTC()});
-        }
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [self, files] {
-                if (!self || self->isFinished())
-                    return;
-                try {
-                    SnapshotCatalog(self->m_database)
-                        .record(self->m_snapshot, files, self->m_stored, self->files().useCompression());
-                } catch (const QString& text) {
-                    self->warn(QStringLiteral("The catalog could not take the backup: %1").arg(text));
-                }
-                for (const SnapshotFile& file : files) {
-                    if (self->m_sizes.contains(file.path))
-                        self->addOperation(
-                            FileOperationRecord::Uploaded, file.path, self->m_sizes.value(file.path), file.modified);
-                }
-                if (self->isStopping())
-                    self->onStopped();
-                else
-                    self->applyRetention();
-            },
-            Qt::QueuedConnection);
-    });
+    // restic's verbose output names every file the snapshot holds; the size and time of those that
+    // get a version are read from the disk, which costs a stat each rather than a listing of the
+    // whole snapshot.
+    QHash<QString, SnapshotFile> described;
+    const auto describe = [&described](const QString& path) {
+        const QFileInfo info(path);
+        const SnapshotFile file {path, info.size(), info.lastModified().toUTC()};
+        described.insert(path, file);
+        return file;
+    };
+    QElapsedTimer clock;
+    clock.start();
+    try {
+        const int added = SnapshotCatalog(m_database)
+                              .record(m_snapshot, m_held, m_stored, files().useCompression(), describe, m_live);
+        TWL::TwlDebug("TWB").debug() << "Run of" << planId().toString() << ": the catalog took" << added
+                                     << "versions of" << m_held.size() << "files in" << clock.elapsed() << "ms";
+    } catch (const QString& text) {
+        warn(QStringLiteral("The catalog could not take the backup: %1").arg(text));
+    }
+    for (auto it = m_sizes.constBegin(); it != m_sizes.constEnd(); ++it) {
+        const SnapshotFile file = described.contains(it.key()) ? described.value(it.key()) : describe(it.key());
+        addOperation(FileOperationRecord::Uploaded, it.key(), it.value(), file.modified);
+    }
+    applyRetention();
 }
 
 void BackupRun::applyRetention()

@@ -75,6 +75,7 @@ private:
     qint64 m_filesProcessed = 0;
     qint64 m_bytesProcessed = 0;
     SnapshotRecord m_snapshot;
+    SnapshotCatalog::Live m_live; // what the plan's last backup held, read while restic runs
 };
 
 } // namespace TWB::Service

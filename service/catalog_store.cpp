@@ -3,6 +3,8 @@
 #include "service/database.h"
 #include "service/store_time.h"
 
+#include <utility>
+
 namespace TWB::Service {
 
 namespace {
@@ -119,6 +121,27 @@ QSqlQuery& CatalogStore::prepared(std::unique_ptr<QSqlQuery>& query, const QStri
 qint64 CatalogStore::ensureEntry(const QUuid& account, const QString& prefix, const QString& path, bool isFile)
 {
     const Split parts = split(path);
+    QSqlQuery& id = prepared(m_entryId,
+        QStringLiteral("SELECT id, is_file FROM catalog_entries WHERE account_id = ? AND prefix = ? AND parent = ? "
+                       "AND name = ?"));
+    auto lookUp = [&]() -> std::optional<std::pair<qint64, bool>> {
+        id.bindValue(0, account.toString());
+        id.bindValue(1, Database::text(prefix));
+        id.bindValue(2, Database::text(parts.parent));
+        id.bindValue(3, Database::text(parts.name));
+        m_database.exec(id);
+        std::optional<std::pair<qint64, bool>> found;
+        if (id.next())
+            found = std::make_pair(id.value(0).toLongLong(), id.value(1).toBool());
+        id.finish();
+        return found;
+    };
+    // A new version of a known file is the common case after a backup: one look-up, no write.
+    if (isFile) {
+        const auto known = lookUp();
+        if (known && known->second)
+            return known->first;
+    }
     QSqlQuery& upsert = prepared(m_upsertEntry,
         QStringLiteral("INSERT INTO catalog_entries (account_id, prefix, parent, name, kind, is_file) "
                        "VALUES (?, ?, ?, ?, ?, ?) ON CONFLICT (account_id, prefix, parent, name) "
@@ -133,14 +156,8 @@ qint64 CatalogStore::ensureEntry(const QUuid& account, const QString& prefix, co
     m_database.exec(upsert);
     if (!isFile)
         return 0;
-    QSqlQuery& id = prepared(m_entryId,
-        QStringLiteral(
-            "SELECT id FROM catalog_entries WHERE account_id = ? AND prefix = ? AND parent = ? AND name = ?"));
-    id.bindValue(0, account.toString());
-    id.bindValue(1, Database::text(prefix));
-    id.bindValue(2, Database::text(parts.parent));
-    id.bindValue(3, Database::text(parts.name));
-    return m_database.scalar(id, 0).toLongLong();
+    const auto made = lookUp();
+    return made ? made->first : 0;
 }
 
 void CatalogStore::ensureFolders(const QUuid& account, const QString& prefix, const QString& path)

@@ -21,6 +21,7 @@
 #include "service/transaction.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QJsonArray>
 
 namespace TWB::Service {
@@ -192,10 +193,7 @@ void Engine::record(PlanRun* run, bool notify)
     Transaction transaction(m_database);
     if (history.id > 0) {
         store.updateRun(history);
-        for (FileOperationRecord operation : qAsConst(result.operations)) {
-            operation.run = history.id;
-            store.addFileOperation(operation);
-        }
+        store.addFileOperations(history.id, result.operations);
     }
     const bool exists = plans.find(id).has_value();
     if (exists) {
@@ -215,8 +213,13 @@ void Engine::onRunFinished(PlanRun* run)
 {
     const QUuid id = run->planId();
     m_runs.remove(id);
+    QElapsedTimer clock;
+    clock.start();
     try {
         record(run, true);
+        TWL::TwlDebug("TWB").debug() << "Recorded the run of" << id.toString() << "with"
+                                     << run->result().operations.size() << "file operations in" << clock.elapsed()
+                                     << "ms";
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << "Cannot record the end of the run of" << id.toString() << ":" << text;
     }

@@ -76,6 +76,25 @@ qint64 HistoryStore::addFileOperation(const FileOperationRecord& operation)
     return query.lastInsertId().toLongLong();
 }
 
+void HistoryStore::addFileOperations(qint64 run, const QList<FileOperationRecord>& operations)
+{
+    QSqlQuery query = m_database.prepare(
+        QStringLiteral("INSERT INTO file_operations (run_id, plan_id, operation, path, size, modified_utc, "
+                       "finish_utc, duration, message) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+    for (const FileOperationRecord& operation : operations) {
+        query.bindValue(0, run);
+        query.bindValue(1, Database::text(operation.plan.toString()));
+        query.bindValue(2, operation.operation);
+        query.bindValue(3, Database::text(operation.path));
+        query.bindValue(4, operation.size);
+        query.bindValue(5, Database::text(StoreTime::toText(operation.modified)));
+        query.bindValue(6, Database::text(StoreTime::toText(operation.finish)));
+        query.bindValue(7, operation.duration);
+        query.bindValue(8, Database::text(operation.message));
+        m_database.exec(query);
+    }
+}
+
 QList<RunRecord> HistoryStore::unfinishedRuns()
 {
     QSqlQuery query = m_database.prepare(

@@ -56,6 +56,8 @@ public:
     /// Rewrites result, duration, counts and message of a run that ended.
     void updateRun(const RunRecord& run);
     qint64 addFileOperation(const FileOperationRecord& operation);
+    /// The file operations of one run, with one prepared statement: a run may bring many thousands.
+    void addFileOperations(qint64 run, const QList<FileOperationRecord>& operations);
     /// Runs still marked as running; after a start of the service, those its death cut short.
     QList<RunRecord> unfinishedRuns();
 

@@ -112,7 +112,11 @@ void PlanRun::call(const EngineCall& call, EngineProcess::LineHandler onLine, Do
 {
     auto* process = new EngineProcess(this);
     m_process = process;
-    connect(process, &EngineProcess::ended, this, [this, process, done](int exitCode) {
+    QElapsedTimer clock;
+    clock.start();
+    connect(process, &EngineProcess::ended, this, [this, process, done, clock](int exitCode) {
+        TWL::TwlDebug("TWB").debug() << "Run of" << planId().toString() << ":" << process->program() << "ended with"
+                                     << exitCode << "after" << clock.elapsed() << "ms";
         const QString error = process->errorText();
         process->deleteLater();
         if (m_process == process)
@@ -261,8 +265,8 @@ void PlanRun::complete(int state, const QString& message)
     m_result.message = parts.join(QStringLiteral("; "));
     m_result.duration = m_clock.isValid() ? m_clock.elapsed() / 1000 : 0;
     QDir(runFolder()).removeRecursively();
-    TWL::TwlDebug("TWB").info() << "Run of plan" << planId().toString() << "ended in state" << state
-                                << m_result.message;
+    TWL::TwlDebug("TWB").info() << "Run of plan" << planId().toString() << "ended in state" << state << "after"
+                                << m_clock.elapsed() << "ms:" << m_result.message;
     Q_EMIT finished();
 }
 

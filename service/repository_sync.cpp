@@ -306,15 +306,19 @@ void RepositorySync::readSnapshots(const Repository& repository, const QString& 
             }
             // What changed since the snapshot before is what that backup brought.
             QHash<QString, qint64> changed;
+            QStringList held;
             auto next = std::make_shared<QHash<QString, SnapshotFile>>();
             for (const SnapshotFile& file : qAsConst(*files)) {
                 const auto before = previous->constFind(file.path);
                 if (before == previous->constEnd() || before->size != file.size || before->modified != file.modified)
                     changed.insert(file.path, file.size);
                 next->insert(file.path, file);
+                held << file.path;
             }
             try {
-                SnapshotCatalog(m_database).record(snapshot, *files, changed, true);
+                SnapshotCatalog(m_database).record(snapshot, held, changed, true, [next](const QString& path) {
+                    return next->value(path);
+                });
             } catch (const QString& text) {
                 message(QStringLiteral("The catalog could not take a snapshot: %1").arg(text));
             }

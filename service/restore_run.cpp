@@ -3,6 +3,7 @@
 #include "platform/plan/backup.h"
 #include "platform/plan/factory.h"
 #include "platform/plan/restore_file.h"
+#include "platform/logging/twl_debug.h"
 #include "service/backup_selection.h"
 #include "service/catalog_store.h"
 #include "service/plan_paths.h"
@@ -118,6 +119,8 @@ void RestoreRun::begin(bool)
         complete(RunState::Fail, error);
         return;
     }
+    TWL::TwlDebug("TWB").debug() << "Run of" << planId().toString() << "restores from" << m_groups.size()
+                                 << "snapshots into" << m_staging;
     obscureSecrets(m_target, [this] { restoreNext(); });
 }
 
@@ -238,7 +241,8 @@ void RestoreRun::restoreGroup(const QString& password, bool userPassword, bool t
 
 void RestoreRun::measureStaging()
 {
-    if (m_measuring || m_staging.isEmpty())
+    // A restore of a few seconds is not worth walking its staging folder for.
+    if (++m_measureTicks < 2 || m_measuring || m_staging.isEmpty())
         return;
     m_measuring = true;
     QPointer<RestoreRun> self(this);
@@ -271,6 +275,7 @@ void RestoreRun::measureStaging()
 
 void RestoreRun::place()
 {
+    TWL::TwlDebug("TWB").debug() << "Run of" << planId().toString() << "places the restored files";
     setStatus(RunState::Running);
     StagedRestore::Rule rule = StagedRestore::Rule::Overwrite;
     if (files().skipExistingFiles())

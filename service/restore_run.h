@@ -58,6 +58,7 @@ private:
     qint64 m_totalBytes = 0;
     qint64 m_stagedBefore = 0; // bytes of groups done
     bool m_measuring = false;
+    int m_measureTicks = 0;
     QTimer m_measureTimer;
     QPointer<StagedRestore> m_placing;
 };

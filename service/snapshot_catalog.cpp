@@ -63,8 +63,8 @@ void bindUnder(QSqlQuery& query, const QUuid& account, const QString& prefix, co
 
 } // namespace
 
-int SnapshotCatalog::record(const SnapshotRecord& snapshot, const QList<SnapshotFile>& files,
-    const QHash<QString, qint64>& changed, bool compressed)
+int SnapshotCatalog::record(const SnapshotRecord& snapshot, const QStringList& held,
+    const QHash<QString, qint64>& changed, bool compressed, const Describe& describe, std::optional<Live> live)
 {
     Transaction transaction(m_database);
     QSqlQuery insert = m_database.prepare(
@@ -77,45 +77,41 @@ int SnapshotCatalog::record(const SnapshotRecord& snapshot, const QList<Snapshot
     insert.addBindValue(Database::text(sharesText(snapshot.shares)));
     m_database.exec(insert);
 
-    QHash<QString, const SnapshotFile*> held; // by catalog path
+    QHash<QString, QString> catalogPaths; // catalog path to real path
+    catalogPaths.reserve(held.size());
     QSet<QString> changedPaths;
-    for (const SnapshotFile& file : files) {
-        const QString path = PlanPaths::toCatalog(file.path, snapshot.shares);
-        held.insert(path, &file);
-        if (changed.contains(file.path))
+    for (const QString& real : held) {
+        const QString path = PlanPaths::toCatalog(real, snapshot.shares);
+        catalogPaths.insert(path, real);
+        if (changed.contains(real))
             changedPaths.insert(path);
     }
 
     // The versions this plan's backups held until now end here if this backup dropped the file or
     // brought a new version of it.
-    QSqlQuery live = m_database.prepare(
-        QStringLiteral("SELECT v.id, e.parent, e.name FROM catalog_versions v JOIN catalog_entries e "
-                       "ON e.id = v.entry_id WHERE v.plan_id = ? AND v.gone_ms = 0 AND v.snapshot <> ?"));
-    live.addBindValue(Database::text(snapshot.plan.toString()));
-    live.addBindValue(Database::text(snapshot.id));
-    m_database.exec(live);
-    QList<qint64> ended;
+    const Live before = live ? *live : liveVersions(snapshot.plan);
+    QStringList ended;
     QSet<QString> stillHeld;
-    while (live.next()) {
-        const QString path = live.value(1).toString() + QLatin1Char('/') + live.value(2).toString();
-        if (!held.contains(path) || changedPaths.contains(path))
-            ended << live.value(0).toLongLong();
+    for (auto it = before.constBegin(); it != before.constEnd(); ++it) {
+        if (!catalogPaths.contains(it.key()) || changedPaths.contains(it.key()))
+            ended << QString::number(it.value());
         else
-            stillHeld.insert(path);
+            stillHeld.insert(it.key());
     }
-    QSqlQuery end = m_database.prepare(QStringLiteral("UPDATE catalog_versions SET gone_ms = ? WHERE id = ?"));
-    for (qint64 id : qAsConst(ended)) {
-        end.bindValue(0, snapshot.timeMs);
-        end.bindValue(1, id);
+    // Ids are numbers: joined into the statement in groups rather than sent one by one.
+    for (int at = 0; at < ended.size(); at += 500) {
+        QSqlQuery end = m_database.prepare(QStringLiteral("UPDATE catalog_versions SET gone_ms = ? WHERE id IN (%1)")
+                                               .arg(ended.mid(at, 500).join(QLatin1Char(','))));
+        end.addBindValue(snapshot.timeMs);
         m_database.exec(end);
     }
 
     CatalogStore catalog(m_database);
     int added = 0;
-    for (auto it = held.constBegin(); it != held.constEnd(); ++it) {
+    for (auto it = catalogPaths.constBegin(); it != catalogPaths.constEnd(); ++it) {
         if (!changedPaths.contains(it.key()) && stillHeld.contains(it.key()))
             continue;
-        const SnapshotFile& file = *it.value();
+        const SnapshotFile file = describe(it.value());
         CatalogVersion version;
         version.snapshot = snapshot.id;
         version.backupTime = fromMs(snapshot.timeMs);
@@ -134,6 +130,21 @@ int SnapshotCatalog::record(const SnapshotRecord& snapshot, const QList<Snapshot
     }
     transaction.commit();
     return added;
+}
+
+SnapshotCatalog::Live SnapshotCatalog::liveVersions(const QUuid& plan)
+{
+    QSqlQuery query = m_database.prepare(
+        QStringLiteral("SELECT v.id, e.parent, e.name FROM catalog_versions v JOIN catalog_entries e "
+                       "ON e.id = v.entry_id WHERE v.plan_id = ? AND v.gone_ms = 0"));
+    query.setForwardOnly(true);
+    query.addBindValue(Database::text(plan.toString()));
+    m_database.exec(query);
+    Live live;
+    while (query.next())
+        live.insert(
+            query.value(1).toString() + QLatin1Char('/') + query.value(2).toString(), query.value(0).toLongLong());
+    return live;
 }
 
 QList<SnapshotRecord> SnapshotCatalog::snapshots(const QUuid& plan)

@@ -8,6 +8,7 @@
 #include <QString>
 #include <QUuid>
 
+#include <functional>
 #include <optional>
 
 namespace TWB::Service {
@@ -53,11 +54,20 @@ public:
         : m_database(database)
     { }
 
+    /// The versions the plan's newest backup holds, by catalog path. A backup asks for them while
+    /// restic runs, so that recording the snapshot afterwards has less to do.
+    using Live = QHash<QString, qint64>;
+    Live liveVersions(const QUuid& plan);
+
+    /// Gives the size and time of a file that gets a version.
+    using Describe = std::function<SnapshotFile(const QString& path)>;
+
     /// Records a backup in one transaction: the snapshot, a version of each file that changed
     /// (`changed`: real path to bytes it added to the storage) or that the catalog lacks, and the
-    /// end of the versions this backup no longer holds. Returns the number of versions added.
-    int record(const SnapshotRecord& snapshot, const QList<SnapshotFile>& files, const QHash<QString, qint64>& changed,
-        bool compressed);
+    /// end of the versions this backup no longer holds. `held` are the real paths of every file the
+    /// snapshot holds; only those that get a version are described. Returns the versions added.
+    int record(const SnapshotRecord& snapshot, const QStringList& held, const QHash<QString, qint64>& changed,
+        bool compressed, const Describe& describe, std::optional<Live> live = std::nullopt);
 
     /// The plan's snapshots, oldest first.
     QList<SnapshotRecord> snapshots(const QUuid& plan);

@@ -53,11 +53,35 @@ void StagedRestore::slice()
 
 void StagedRestore::place(const QString& source)
 {
+    for (const QString& moved : qAsConst(m_moved)) {
+        if (source.startsWith(moved))
+            return;
+    }
     const QFileInfo staged(source);
     const QString target = m_placement(source.mid(m_staging.size()));
     if (staged.isDir() && !staged.isSymLink()) {
+        const QFileInfo existing(target);
+        if (!existing.exists() && !existing.isSymLink()) {
+            // Nothing stands where the folder goes, so no rule has anything to decide below it:
+            // the whole folder moves with one rename.
+            const QByteArray from = QFile::encodeName(source);
+            const QByteArray to = QFile::encodeName(target);
+            if (QDir().mkpath(existing.absolutePath()) && std::rename(from.constData(), to.constData()) == 0) {
+                m_moved << source + QLatin1Char('/');
+                QDirIterator it(target, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
+                while (it.hasNext()) {
+                    const QString path = it.next();
+                    const QFileInfo info = it.fileInfo();
+                    if (info.isDir() && !info.isSymLink())
+                        continue;
+                    Q_EMIT restored(path, info.isSymLink() ? 0 : info.size(), info.lastModified().toUTC());
+                }
+                return;
+            }
+        }
         // Folders come before what they hold; an empty one is made too.
-        if (!QFileInfo(target).isDir() && !QDir().mkpath(target))
+        if (!existing.isDir() && !QDir().mkpath(target))
             Q_EMIT failed(target, QStringLiteral("cannot create the folder"));
         return;
     }

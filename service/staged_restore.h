@@ -43,6 +43,7 @@ private:
     Placement m_placement;
     Rule m_rule;
     QStringList m_entries;
+    QStringList m_moved; // staged folders that moved whole, with a trailing slash
     int m_next = 0;
     bool m_stopped = false;
 };
