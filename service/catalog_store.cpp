@@ -297,6 +297,9 @@ void CatalogStore::removeAccount(const QUuid& account)
     QSqlQuery query = m_database.prepare(QStringLiteral("DELETE FROM catalog_entries WHERE account_id = ?"));
     query.addBindValue(Database::text(account.toString()));
     m_database.exec(query);
+    QSqlQuery snapshots = m_database.prepare(QStringLiteral("DELETE FROM catalog_snapshots WHERE account_id = ?"));
+    snapshots.addBindValue(Database::text(account.toString()));
+    m_database.exec(snapshots);
     m_folders.clear();
 }
 
