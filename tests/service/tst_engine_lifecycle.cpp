@@ -322,6 +322,50 @@ private Q_SLOTS:
         QCOMPARE(EngineTestSupport::run(*m_client, plan->id()).status, 6);
     }
 
+    void stoppedServiceRecordsItsRunsAsInterrupted()
+    {
+        const QString source = m_root + QStringLiteral("/terminated");
+        EngineTestSupport::writeFile(
+            source + QStringLiteral("/data.raw"), EngineTestSupport::noise(3 * 1024 * 1024, 10));
+        auto plan = backupPlan(QStringLiteral("Terminated"), {source}, QStringLiteral("terminated"));
+        QVERIFY(EngineTestSupport::save(*m_client, *plan));
+        slowDown(true);
+        m_client->clearNotifications();
+        QVERIFY(m_client->call(QStringLiteral("PlanExecuteStart"), byId(plan->id())).success);
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                const QList<QJsonObject> progress = EngineTestSupport::progress(*m_client, plan->id());
+                return !progress.isEmpty() && progress.last().value(QStringLiteral("status_value")).toInt() == 2;
+            },
+            30000));
+        const qint64 service = m_service->process().pid();
+        const QMap<qint64, QByteArray> engine = EngineTestSupport::descendants(service);
+        QVERIFY(!engine.isEmpty());
+
+        // A service asked to stop ends its runs and writes them down before it goes.
+        QVERIFY(m_service->process().terminate());
+        for (auto it = engine.constBegin(); it != engine.constEnd(); ++it)
+            QVERIFY(!QFile::exists(QStringLiteral("/proc/%1").arg(it.key())));
+        {
+            TWB::Service::Database store(m_service->storeFile());
+            store.open();
+            QSqlQuery runs = store.prepare(QStringLiteral("SELECT result, error_message FROM runs WHERE plan_id = ?"));
+            runs.addBindValue(plan->id().toString());
+            store.exec(runs);
+            QVERIFY(runs.next());
+            QCOMPARE(runs.value(0).toInt(), 9);
+            QCOMPARE(runs.value(1).toString(), QStringLiteral("The service stopped during the run"));
+            QSqlQuery status = store.prepare(QStringLiteral("SELECT status, last_run_status FROM plans WHERE id = ?"));
+            status.addBindValue(plan->id().toString());
+            store.exec(status);
+            QVERIFY(status.next());
+            QCOMPARE(status.value(0).toInt(), 2);
+            QCOMPARE(status.value(1).toInt(), 9);
+        }
+        QVERIFY2(m_service->start(), qPrintable(m_service->process().output()));
+        QVERIFY(reconnect());
+    }
+
     void scheduledPlanRunsByItself()
     {
         const QString source = m_root + QStringLiteral("/scheduled");
