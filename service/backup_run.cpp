@@ -8,7 +8,6 @@
 #include "service/restic_output.h"
 #include "service/retention_rules.h"
 #include "service/run_state.h"
-#include "service/transaction.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -130,7 +129,6 @@ void BackupRun::runPreAction()
     setStatus(RunState::RunningPreBackupAction);
     runAction(pre.program(), pre.arguments(), RunState::Running, [this, &pre](bool ok, const QString& why) {
         if (!ok && pre.terminateOnFailure()) {
-            m_preActionFailed = true;
             end(RunState::Fail, QStringLiteral("The pre-action failed, so the backup did not run: %1").arg(why));
             return;
         }

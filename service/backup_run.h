@@ -64,7 +64,6 @@ private:
     bool m_triedInit = false;
     bool m_triedUnlock = false;
     bool m_triedOpenKey = false;
-    bool m_preActionFailed = false;
 
     // What restic reported.
     QHash<QString, qint64> m_stored; // new and changed files: bytes added to the storage
