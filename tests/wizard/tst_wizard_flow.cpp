@@ -210,7 +210,8 @@ private Q_SLOTS:
     {
         FlowWizard wizard;
 #ifdef TWB_FLOW_REAL_SERVICE
-        // The service does not run plans yet and says so; the dialog offers a way out on the saved plan.
+        // The plan has no storage account, so the service refuses to start it; the dialog offers a way out on
+        // the saved plan.
         ModalAnswerer closeAfterFailedStart(QStringLiteral("Close"), 20000);
 #endif
         walk(wizard, QStringLiteral("Documents"), true);
