@@ -10,11 +10,11 @@
 #include "service_fixture.h"
 
 #include "platform/plan/backup_file.h"
-#include "service/catalog_store.h"
-#include "service/database.h"
-#include "service/history_store.h"
-#include "service/plan_store.h"
-#include "service/transaction.h"
+#include "service/catalog/version_catalog.h"
+#include "service/store/database.h"
+#include "service/store/history_store.h"
+#include "service/store/plan_store.h"
+#include "service/store/transaction.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -138,7 +138,7 @@ int main(int argc, char** argv)
             double(clock.elapsed()));
         clock.restart();
         {
-            CatalogStore catalog(store);
+            VersionCatalog catalog(store);
             Transaction transaction(store);
             CatalogVersion version;
             version.snapshot = QStringLiteral("3f2a");

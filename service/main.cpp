@@ -1,8 +1,8 @@
 #include "platform/defines/path.h"
 #include "platform/defines/provider_defines.h"
 #include "platform/logging/twl_debug.h"
-#include "service/local_service.h"
-#include "service/unix_signal_watcher.h"
+#include "service/server/local_service.h"
+#include "service/server/unix_signal_watcher.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -1,0 +1,62 @@
+#include "service/commands/certificate_commands.h"
+
+#include "platform/logging/twl_debug.h"
+#include "service/store/certificate_store.h"
+#include "service/commands/command_router.h"
+#include "service/commands/params.h"
+#include "service/server/peer_certificate_probe.h"
+#include "service/commands/responder.h"
+#include "service/store/transaction.h"
+
+#include <QJsonArray>
+#include <QUrl>
+
+namespace TWB::Service {
+
+namespace {
+constexpr int httpsPort = 443;
+} // namespace
+
+void CertificateCommands::registerAt(CommandRouter& router)
+{
+    router.add(QStringLiteral("GetPeerSslCertificate"),
+        [this](const QJsonObject& params, const Responder& respond) { peerCertificate(params, respond); });
+    router.add(QStringLiteral("AppendToSslStorage"),
+        [this](const QJsonObject& params, const Responder& respond) { appendToStorage(params, respond); });
+}
+
+void CertificateCommands::peerCertificate(const QJsonObject& request, const Responder& respond)
+{
+    const Params params(request, respond.command());
+    const QString endpoint = params.nonEmptyString("endpoint").trimmed();
+    // Endpoints come as the user typed them: a bare host, host:port, or a URL with a scheme.
+    const QUrl url = QUrl::fromUserInput(
+        endpoint.contains(QLatin1String("://")) ? endpoint : QStringLiteral("https://") + endpoint);
+    if (!url.isValid() || url.host().isEmpty())
+        throw params.fault("endpoint", QStringLiteral("has no host name: \"%1\"").arg(endpoint.left(200)));
+    const int port = url.port(httpsPort);
+    auto* probe = new PeerCertificateProbe(url.host(), quint16(port), respond, m_owner);
+    probe->start(m_timeoutMs);
+}
+
+void CertificateCommands::appendToStorage(const QJsonObject& request, const Responder& respond)
+{
+    const Params params(request, respond.command());
+    const QString pem = params.nonEmptyString("pem");
+    const QList<QSslCertificate> certificates = QSslCertificate::fromData(pem.toLatin1(), QSsl::Pem);
+    if (certificates.isEmpty() || certificates.first().isNull())
+        throw params.fault("pem", QStringLiteral("holds no PEM certificate"));
+    CertificateStore store(m_database);
+    QJsonArray fingerprints;
+    Transaction transaction(m_database);
+    for (const QSslCertificate& certificate : certificates) {
+        store.add(certificate);
+        fingerprints.append(CertificateStore::fingerprint(certificate));
+    }
+    transaction.commit();
+    TWL::TwlDebug("TWB").info() << "Trusted" << certificates.size() << "certificate(s) of"
+                                << certificates.first().subjectDisplayName();
+    respond.success({{QStringLiteral("fingerprints"), fingerprints}});
+}
+
+} // namespace TWB::Service

@@ -1,0 +1,92 @@
+#include "service/server/local_service.h"
+
+#include "platform/crypt/local_password.h"
+#include "platform/logging/twl_debug.h"
+#include "service/commands/certificate_commands.h"
+#include "service/commands/content_commands.h"
+#include "service/store/database.h"
+#include "service/engine/engine.h"
+#include "service/commands/history_commands.h"
+#include "service/commands/plan_commands.h"
+#include "service/schedule/scheduler.h"
+#include "service/commands/settings_commands.h"
+#include "service/commands/storage_commands.h"
+
+namespace TWB::Service {
+
+LocalService::LocalService(QObject* parent)
+    : QObject(parent)
+    , m_server(m_router)
+{ }
+
+LocalService::~LocalService()
+{
+    stop();
+}
+
+QString LocalService::storeFile(const QString& dataDir)
+{
+    return dataDir + QStringLiteral("/service.db");
+}
+
+bool LocalService::start(const QString& socketPath, const QString& dataDir, QString* error)
+{
+    try {
+        QString reason;
+        if (!SHARED::cryptNS::ensure_local_key(&reason))
+            throw reason;
+        m_database = std::make_unique<Database>(storeFile(dataDir));
+        m_database->open();
+
+        m_plans = std::make_unique<PlanCommands>(*m_database, m_server);
+        m_storages = std::make_unique<StorageCommands>(*m_database, m_server);
+        m_history = std::make_unique<HistoryCommands>(*m_database);
+        m_content = std::make_unique<ContentCommands>(*m_database);
+        m_certificates = std::make_unique<CertificateCommands>(*m_database, this);
+        m_settings = std::make_unique<SettingsCommands>();
+        m_plans->registerAt(m_router);
+        m_storages->registerAt(m_router);
+        m_history->registerAt(m_router);
+        m_content->registerAt(m_router);
+        m_certificates->registerAt(m_router);
+        m_settings->registerAt(m_router);
+
+        m_engine = std::make_unique<Engine>(*m_database, m_server, *m_plans, dataDir);
+        m_engine->registerAt(m_router);
+        m_scheduler = std::make_unique<Scheduler>(*m_database, *m_engine, m_server);
+        Engine* engine = m_engine.get();
+        Scheduler* scheduler = m_scheduler.get();
+        m_plans->setRunningCheck([engine](const QUuid& id) { return engine->isRunning(id); });
+        m_plans->setChangeListener([scheduler] { scheduler->plansChanged(); });
+        m_storages->setSyncCheck([engine](const QUuid& id) { return engine->isSynchronising(id); });
+
+        m_storages->ensureDefaultStorage(dataDir);
+    } catch (const QString& text) {
+        if (error)
+            *error = text;
+        return false;
+    }
+    // Only the service that owns the socket may call earlier runs interrupted and start plans: a
+    // second one on the same data folder gives up here.
+    if (!m_server.listen(socketPath, error))
+        return false;
+    try {
+        m_engine->recoverInterrupted();
+    } catch (const QString& text) {
+        TWL::TwlDebug("TWB").warning() << "Cannot record the runs the last stop cut short:" << text;
+    }
+    m_scheduler->start();
+    return true;
+}
+
+void LocalService::stop()
+{
+    if (m_plans)
+        m_plans->setChangeListener(nullptr);
+    m_scheduler.reset();
+    if (m_engine)
+        m_engine->shutdown();
+    m_server.close();
+}
+
+} // namespace TWB::Service

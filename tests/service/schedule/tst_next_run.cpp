@@ -1,0 +1,280 @@
+#include "service/schedule/next_run.h"
+#include "service/schedule/schedule_description.h"
+
+#include "platform/plan/schedule.h"
+
+#include <QtTest>
+
+#include <ctime>
+#include <functional>
+#include <vector>
+
+using TWB::Info::Plan::Schedule;
+using TWB::Service::NextRun;
+
+namespace {
+
+// Times of day are Berlin's, so that daylight saving time shows.
+QDateTime berlin(int y, int m, int d, int h, int min)
+{
+    return QDateTime(QDate(y, m, d), QTime(h, min), Qt::LocalTime);
+}
+
+// Schedules are built in place: the class copies only from modifiable objects.
+using Setup = std::function<void(Schedule&)>;
+
+Setup daily(const QTime& at)
+{
+    return [at](Schedule& s) {
+        s.setEnable(true);
+        s.setType(Schedule::Recurring);
+        s.setFrequencyType(Schedule::Daily);
+        s.setOccursAt(at);
+    };
+}
+
+Setup then(const Setup& first, const Setup& second)
+{
+    return [first, second](Schedule& s) {
+        first(s);
+        second(s);
+    };
+}
+
+Setup weekdays(std::initializer_list<int> bits)
+{
+    QBitArray days(7, false);
+    for (int bit : bits)
+        days.setBit(bit);
+    return [days](Schedule& s) {
+        s.setFrequencyType(Schedule::Weekly);
+        s.setWeeklyFrequency(days);
+    };
+}
+
+Setup monthly(Schedule::WeekNumber week, int day)
+{
+    return [week, day](Schedule& s) {
+        s.setFrequencyType(Schedule::MonthlyByWeekNumber);
+        s.setMonthlyFrequency(week, day);
+    };
+}
+
+Setup every(int minutes, const QTime& from, const QTime& to)
+{
+    return [minutes, from, to](Schedule& s) {
+        s.setEnable(true);
+        s.setType(Schedule::Recurring);
+        s.setFrequencyType(Schedule::Daily);
+        s.setDailyRecurrence(true);
+        s.setOccursEvery(minutes, from, to);
+    };
+}
+
+QDateTime utc(int y, int m, int d, int h, int min)
+{
+    return QDateTime(QDate(y, m, d), QTime(h, min), Qt::UTC);
+}
+
+Setup dayOfMonth(int day)
+{
+    return [day](Schedule& s) {
+        s.setFrequencyType(Schedule::MonthlyByDayOfMonth);
+        s.setDayOfMonthFrequency(day);
+    };
+}
+
+} // namespace
+
+class TestNextRun : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::vector<Setup> m_setups;
+
+    int add(const Setup& setup)
+    {
+        m_setups.push_back(setup);
+        return int(m_setups.size()) - 1;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        qputenv("TZ", "Europe/Berlin");
+        ::tzset();
+        QCOMPARE(berlin(2026, 7, 1, 12, 0).toUTC().time(), QTime(10, 0));
+    }
+
+    void disabledOrPassedScheduleNeverFires()
+    {
+        Schedule off;
+        daily(QTime(10, 0))(off);
+        off.setEnable(false);
+        QVERIFY(!NextRun::after(off, berlin(2026, 3, 10, 9, 0)).isValid());
+
+        Schedule once;
+        once.setEnable(true);
+        once.setType(Schedule::SpecificDate);
+        once.setSpecificDate(berlin(2026, 4, 1, 18, 30));
+        QCOMPARE(NextRun::after(once, berlin(2026, 3, 10, 9, 0)), berlin(2026, 4, 1, 18, 30).toUTC());
+        QVERIFY(!NextRun::after(once, berlin(2026, 4, 1, 18, 30)).isValid());
+
+        Schedule noDay;
+        then(daily(QTime(10, 0)), weekdays({}))(noDay);
+        QVERIFY(!NextRun::after(noDay, berlin(2026, 3, 10, 9, 0)).isValid());
+    }
+
+    void nextRun_data()
+    {
+        QTest::addColumn<int>("setup");
+        QTest::addColumn<QDateTime>("after");
+        QTest::addColumn<QDateTime>("expected");
+
+        const int at2230 = add(daily(QTime(22, 30)));
+        QTest::newRow("daily, later today") << at2230 << berlin(2026, 3, 10, 11, 0) << berlin(2026, 3, 10, 22, 30);
+        QTest::newRow("daily, at that very time")
+            << at2230 << berlin(2026, 3, 10, 22, 30) << berlin(2026, 3, 11, 22, 30);
+        QTest::newRow("daily, across the spring change")
+            << add(daily(QTime(12, 0))) << berlin(2026, 3, 28, 13, 0) << berlin(2026, 3, 29, 12, 0);
+
+        const int every = add(then(daily(QTime()), [](Schedule& s) {
+            s.setDailyRecurrence(true);
+            s.setOccursEvery(90, QTime(8, 0), QTime(12, 0));
+        }));
+        QTest::newRow("every 90 minutes, before the first")
+            << every << berlin(2026, 5, 4, 6, 0) << berlin(2026, 5, 4, 8, 0);
+        QTest::newRow("every 90 minutes, between two")
+            << every << berlin(2026, 5, 4, 9, 40) << berlin(2026, 5, 4, 11, 0);
+        QTest::newRow("every 90 minutes, after the last")
+            << every << berlin(2026, 5, 4, 11, 0) << berlin(2026, 5, 5, 8, 0);
+
+        // Monday, Wednesday, Friday; 2026-03-13 is a Friday.
+        const int weekly = add(then(daily(QTime(22, 30)), weekdays({0, 2, 4})));
+        QTest::newRow("weekly, Friday night to Monday")
+            << weekly << berlin(2026, 3, 13, 23, 0) << berlin(2026, 3, 16, 22, 30);
+        QTest::newRow("weekly, Tuesday to Wednesday")
+            << weekly << berlin(2026, 3, 17, 8, 0) << berlin(2026, 3, 18, 22, 30);
+
+        // March 2026 begins on a Sunday; its Sundays are the 1st, 8th, 15th, 22nd and 29th.
+        const Setup nine = daily(QTime(9, 0));
+        QTest::newRow("first Monday") << add(then(nine, monthly(Schedule::First, 1))) << berlin(2026, 3, 1, 0, 0)
+                                      << berlin(2026, 3, 2, 9, 0);
+        QTest::newRow("fourth Sunday") << add(then(nine, monthly(Schedule::Fourth, 7))) << berlin(2026, 3, 1, 0, 0)
+                                       << berlin(2026, 3, 22, 9, 0);
+        QTest::newRow("penultimate Sunday") << add(then(nine, monthly(Schedule::Penultimate, 7)))
+                                            << berlin(2026, 3, 1, 0, 0) << berlin(2026, 3, 22, 9, 0);
+        QTest::newRow("last Sunday") << add(then(nine, monthly(Schedule::Last, 7))) << berlin(2026, 3, 1, 0, 0)
+                                     << berlin(2026, 3, 29, 9, 0);
+        QTest::newRow("last Friday, next month")
+            << add(then(nine, monthly(Schedule::Last, 5))) << berlin(2026, 3, 27, 10, 0) << berlin(2026, 4, 24, 9, 0);
+
+        QTest::newRow("the 31st in April is the 30th")
+            << add(then(nine, dayOfMonth(31))) << berlin(2026, 4, 2, 0, 0) << berlin(2026, 4, 30, 9, 0);
+        QTest::newRow("the 30th in February is the 28th")
+            << add(then(nine, dayOfMonth(30))) << berlin(2027, 2, 1, 0, 0) << berlin(2027, 2, 28, 9, 0);
+        QTest::newRow("the 15th, next month")
+            << add(then(nine, dayOfMonth(15))) << berlin(2026, 4, 15, 10, 0) << berlin(2026, 5, 15, 9, 0);
+
+        const int quarterly
+            = add(then(then(nine, dayOfMonth(15)), [](Schedule& s) { s.setMonthRepeat(3, QDate(2026, 1, 1)); }));
+        QTest::newRow("every third month from January")
+            << quarterly << berlin(2026, 2, 1, 0, 0) << berlin(2026, 4, 15, 9, 0);
+        QTest::newRow("not before its start") << quarterly << berlin(2025, 11, 20, 0, 0) << berlin(2026, 1, 15, 9, 0);
+
+        // Month ends and leap days.
+        const int lastDay = add(then(nine, dayOfMonth(31)));
+        QTest::newRow("the 31st after January is February's last")
+            << lastDay << berlin(2026, 1, 31, 10, 0) << berlin(2026, 2, 28, 9, 0);
+        QTest::newRow("the 31st in a leap February is the 29th")
+            << lastDay << berlin(2028, 2, 1, 0, 0) << berlin(2028, 2, 29, 9, 0);
+        const int leapDay = add(then(nine, dayOfMonth(29)));
+        QTest::newRow("the 29th in a common February is the 28th")
+            << leapDay << berlin(2027, 2, 1, 0, 0) << berlin(2027, 2, 28, 9, 0);
+        QTest::newRow("the 29th after a leap day is March's")
+            << leapDay << berlin(2028, 2, 29, 9, 0) << berlin(2028, 3, 29, 9, 0);
+        const int yearlyFromLeapDay
+            = add(then(then(nine, dayOfMonth(29)), [](Schedule& s) { s.setMonthRepeat(12, QDate(2028, 2, 29)); }));
+        QTest::newRow("yearly from a leap day, next year on the 28th")
+            << yearlyFromLeapDay << berlin(2028, 3, 1, 0, 0) << berlin(2029, 2, 28, 9, 0);
+        const int everyOther
+            = add(then(then(nine, dayOfMonth(30)), [](Schedule& s) { s.setMonthRepeat(2, QDate(2026, 11, 1)); }));
+        QTest::newRow("every second month across the year end")
+            << everyOther << berlin(2026, 11, 30, 10, 0) << berlin(2027, 1, 30, 9, 0);
+        QTest::newRow("weekly across the year end")
+            << add(then(nine, weekdays({4}))) << berlin(2026, 12, 31, 10, 0) << berlin(2027, 1, 1, 9, 0);
+    }
+
+    // In Berlin the clock jumps from 02:00 to 03:00 on 2026-03-29 and from 03:00 back to 02:00 on
+    // 2026-10-25.
+    void nextRunAcrossClockChanges_data()
+    {
+        QTest::addColumn<int>("setup");
+        QTest::addColumn<QDateTime>("after");
+        QTest::addColumn<QDateTime>("expected");
+
+        const int at0230 = add(daily(QTime(2, 30)));
+        QTest::newRow("a time the spring change skips fires when the clock jumps")
+            << at0230 << utc(2026, 3, 28, 12, 0) << utc(2026, 3, 29, 1, 0);
+        QTest::newRow("the day after the spring change, at the time again")
+            << at0230 << utc(2026, 3, 29, 1, 0) << utc(2026, 3, 30, 0, 30);
+        QTest::newRow("a time the autumn change repeats fires at its first")
+            << at0230 << utc(2026, 10, 24, 12, 0) << utc(2026, 10, 25, 0, 30);
+        QTest::newRow("and not again an hour later") << at0230 << utc(2026, 10, 25, 0, 30) << utc(2026, 10, 26, 1, 30);
+
+        const int ninetyMinutes = add(every(90, QTime(0, 0), QTime(23, 59)));
+        QTest::newRow("every 90 minutes keeps to the wall clock in spring")
+            << ninetyMinutes << utc(2026, 3, 29, 0, 40) << utc(2026, 3, 29, 1, 0);
+        QTest::newRow("every 90 minutes after the spring change")
+            << ninetyMinutes << utc(2026, 3, 29, 1, 0) << utc(2026, 3, 29, 2, 30);
+        QTest::newRow("every 90 minutes keeps to the wall clock in autumn")
+            << ninetyMinutes << utc(2026, 10, 25, 1, 0) << utc(2026, 10, 25, 2, 0);
+        const int hourly = add(every(60, QTime(0, 0), QTime(23, 59)));
+        QTest::newRow("every hour fires at the first of the repeated hour")
+            << hourly << utc(2026, 10, 24, 23, 30) << utc(2026, 10, 25, 0, 0);
+        QTest::newRow("every hour skips the repeat of that hour")
+            << hourly << utc(2026, 10, 25, 0, 0) << utc(2026, 10, 25, 2, 0);
+        QTest::newRow("weekly on the day of the spring change")
+            << add(then(daily(QTime(12, 0)), weekdays({6}))) << utc(2026, 3, 25, 12, 0) << utc(2026, 3, 29, 10, 0);
+    }
+
+    void nextRunAcrossClockChanges()
+    {
+        QFETCH(int, setup);
+        QFETCH(QDateTime, after);
+        QFETCH(QDateTime, expected);
+        Schedule schedule;
+        m_setups.at(size_t(setup))(schedule);
+        QCOMPARE(NextRun::after(schedule, after), expected);
+    }
+
+    void nextRun()
+    {
+        QFETCH(int, setup);
+        QFETCH(QDateTime, after);
+        QFETCH(QDateTime, expected);
+        Schedule schedule;
+        m_setups.at(size_t(setup))(schedule);
+        const QDateTime next = NextRun::after(schedule, after.toUTC());
+        QCOMPARE(next.timeSpec(), Qt::UTC);
+        QCOMPARE(next, expected.toUTC());
+    }
+
+    void descriptionsReadAsTheUserSetThem()
+    {
+        Schedule weekly;
+        then(daily(QTime(22, 30)), weekdays({0, 6}))(weekly);
+        QCOMPARE(TWB::Service::ScheduleDescription::text(weekly), QStringLiteral("Weekly on Mon, Sun at 22:30"));
+        Schedule last;
+        then(then(daily(QTime(9, 0)), monthly(Schedule::Last, 5)),
+            [](Schedule& s) { s.setMonthRepeat(2, QDate(2026, 1, 1)); })(last);
+        QCOMPARE(TWB::Service::ScheduleDescription::text(last),
+            QStringLiteral("Monthly on the last Friday at 09:00, every 2 months"));
+        Schedule off;
+        QCOMPARE(TWB::Service::ScheduleDescription::text(off), QStringLiteral("Not scheduled"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestNextRun)
+#include "tst_next_run.moc"
