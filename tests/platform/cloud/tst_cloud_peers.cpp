@@ -56,7 +56,8 @@ QStringList containerNames(const QSharedPointer<IOperation>& operation)
 
 } // namespace
 
-/// The cloud layer against Azure's emulator (azurite) and an SFTP server (rclone serve sftp) on loopback.
+/// The cloud layer against Azure's emulator (azurite) and an SFTP server (rclone serve sftp) on loopback,
+/// and against a local folder, which it reads itself.
 class TestCloudPeers : public QObject
 {
     Q_OBJECT
@@ -65,6 +66,7 @@ private:
     std::unique_ptr<TestEnvironment> m_environment;
     AzuritePeer m_azure;
     SftpPeer m_sftp;
+    QTemporaryDir m_folder;
     QString m_azureMissing;
     QString m_sftpMissing;
     QPointer<OperationManager> m_manager;
@@ -76,10 +78,16 @@ private:
             *why = m_azureMissing;
             return m_azureMissing.isEmpty() ? m_azure.config(container) : QVariantMap();
         }
-        *why = m_sftpMissing;
-        if (!m_sftpMissing.isEmpty())
-            return QVariantMap();
-        QVariantMap config = m_sftp.config();
+        QVariantMap config;
+        if (backEnd == QLatin1String("folder")) {
+            config = {{Key::CloudId, QUuid::createUuid()}, {Key::CloudType, QStringLiteral("FileSystem")},
+                {Key::Path, m_folder.path()}};
+        } else {
+            *why = m_sftpMissing;
+            if (!m_sftpMissing.isEmpty())
+                return QVariantMap();
+            config = m_sftp.config();
+        }
         if (!container.isEmpty())
             config.insert(Key::ContainerName, container);
         return config;
@@ -87,15 +95,18 @@ private:
 
     QString hostOf(const QString& backEnd) const
     {
+        if (backEnd == QLatin1String("folder"))
+            return m_folder.path();
         return QStringLiteral("127.0.0.1:%1").arg(backEnd == QLatin1String("azure") ? m_azure.port() : m_sftp.port());
     }
 
     /// Makes an object with the layer's own container, then its content outside the layer under test.
     bool putObjects(const QString& backEnd, const QString& container, const QStringList& keys)
     {
-        if (backEnd == QLatin1String("sftp")) {
+        if (backEnd != QLatin1String("azure")) {
+            const QString root = backEnd == QLatin1String("sftp") ? m_sftp.root() : m_folder.path();
             for (const QString& key : keys) {
-                const QString path = m_sftp.root() + QLatin1Char('/') + container + QLatin1Char('/') + key;
+                const QString path = root + QLatin1Char('/') + container + QLatin1Char('/') + key;
                 QDir().mkpath(QFileInfo(path).path());
                 QFile file(path);
                 if (!file.open(QIODevice::WriteOnly) || file.write("x") != 1)
@@ -137,6 +148,8 @@ private Q_SLOTS:
                                << QStringLiteral("There is no bucket \"nobody-made-this\" on %1.");
         QTest::newRow("sftp") << QStringLiteral("sftp")
                               << QStringLiteral("There is no folder \"nobody-made-this\" on %1.");
+        QTest::newRow("folder") << QStringLiteral("folder")
+                                << QStringLiteral("The folder \"%1/nobody-made-this\" does not exist.");
     }
 
     void containersAreMadeListedAndChecked()
@@ -152,8 +165,10 @@ private Q_SLOTS:
             = m_manager->createContainer(config, TWL::Cloud::ContainerParams::AzureBlob("box-one", QString()).json());
         QVERIFY(CloudTestSupport::run(create));
         QVERIFY2(!create->isError(), qPrintable(create->errorMessage() + create->errorDetails()));
-        if (backEnd == QLatin1String("sftp"))
-            QVERIFY(QFileInfo(m_sftp.root() + QStringLiteral("/box-one")).isDir());
+        if (backEnd != QLatin1String("azure")) {
+            const QString root = backEnd == QLatin1String("sftp") ? m_sftp.root() : m_folder.path();
+            QVERIFY(QFileInfo(root + QStringLiteral("/box-one")).isDir());
+        }
 
         auto list = m_manager->listContainers(config);
         QVERIFY(CloudTestSupport::run(list));
@@ -237,6 +252,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("backEnd");
         QTest::newRow("azure") << QStringLiteral("azure");
         QTest::newRow("sftp") << QStringLiteral("sftp");
+        QTest::newRow("folder") << QStringLiteral("folder");
     }
 
     void listingFoldsFoldersAndFindsPrefixes()
