@@ -10,12 +10,12 @@
 #include "service/commands/command_router.h"
 #include "service/store/database.h"
 #include "service/schedule/next_run.h"
+#include "service/commands/notifier.h"
 #include "service/commands/params.h"
 #include "service/engine/plan_paths.h"
 #include "service/store/plan_store.h"
 #include "service/commands/responder.h"
 #include "service/schedule/schedule_description.h"
-#include "service/server/service_server.h"
 #include "service/store/store_time.h"
 #include "service/store/transaction.h"
 
@@ -43,9 +43,9 @@ QJsonValue numberOrEmpty(bool present, double value)
 
 } // namespace
 
-PlanCommands::PlanCommands(Database& database, ServiceServer& server)
+PlanCommands::PlanCommands(Database& database, Notifier& notifier)
     : m_database(database)
-    , m_server(server)
+    , m_notifier(notifier)
 { }
 
 PlanCommands::~PlanCommands() = default;
@@ -198,7 +198,7 @@ void PlanCommands::update(const QJsonObject& request, const Responder& respond)
     m_parsed.insert(id, plan);
 
     TWL::TwlDebug("TWB").info() << (created ? "Created" : "Updated") << "plan" << id.toString() << record.name;
-    m_server.broadcast(
+    m_notifier.send(
         QLatin1String(created ? Type::PlanCreated : Type::PlanUpdated), {{QStringLiteral("id"), notifyId(id)}});
     respond.success();
     if (m_changed)
@@ -227,7 +227,7 @@ void PlanCommands::removePlan(const QUuid& id)
     m_parsed.remove(id);
 
     TWL::TwlDebug("TWB").info() << "Removed plan" << id.toString();
-    m_server.broadcast(QLatin1String(Type::PlanRemoved), {{QStringLiteral("id"), notifyId(id)}});
+    m_notifier.send(QLatin1String(Type::PlanRemoved), {{QStringLiteral("id"), notifyId(id)}});
     if (m_changed)
         m_changed();
 }

@@ -17,7 +17,9 @@ namespace TWB::Service {
 LocalService::LocalService(QObject* parent)
     : QObject(parent)
     , m_server(m_router)
-{ }
+{
+    connect(&m_notifier, &Notifier::notification, &m_server, &ServiceServer::broadcast);
+}
 
 LocalService::~LocalService()
 {
@@ -38,8 +40,8 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         m_database = std::make_unique<Database>(storeFile(dataDir));
         m_database->open();
 
-        m_plans = std::make_unique<PlanCommands>(*m_database, m_server);
-        m_storages = std::make_unique<StorageCommands>(*m_database, m_server);
+        m_plans = std::make_unique<PlanCommands>(*m_database, m_notifier);
+        m_storages = std::make_unique<StorageCommands>(*m_database, m_notifier);
         m_history = std::make_unique<HistoryCommands>(*m_database);
         m_content = std::make_unique<ContentCommands>(*m_database);
         m_certificates = std::make_unique<CertificateCommands>(*m_database, this);
