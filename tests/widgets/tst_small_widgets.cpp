@@ -19,6 +19,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDialogButtonBox>
+#include <QFileIconProvider>
 #include <QFormLayout>
 #include <QLineEdit>
 #include <QListView>
@@ -29,6 +30,7 @@
 #include <QSvgWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <QAccessible>
 #include <QtTest>
 
 using namespace TWB::GUI;
@@ -57,6 +59,19 @@ protected:
     void onRemoveClicked() override { ++removes; }
 };
 
+/// Counts the line edits that get polished, as each one does when first asked for its size.
+class PolishCounter : public QObject
+{
+public:
+    int lineEdits = 0;
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Polish && qobject_cast<QLineEdit*>(watched))
+            ++lineEdits;
+        return false;
+    }
+};
+
 } // namespace
 
 class TestSmallWidgets : public QObject
@@ -83,9 +98,23 @@ private:
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         QLabel* label = button->label();
         QCOMPARE(label->text(), QStringLiteral("Back up hidden files"));
-        // The button's own text stays empty, so the style draws the indicator alone.
-        QVERIFY(button->QAbstractButton::text().isEmpty());
         QVERIFY(label->geometry().left() > 0);
+        // A button group or a screen reader sees the button's own text, which is the label's.
+        QAbstractButton* plain = button;
+        QCOMPARE(plain->text(), QStringLiteral("Back up hidden files"));
+        QCOMPARE(QAccessible::queryAccessibleInterface(button)->text(QAccessible::Name),
+            QStringLiteral("Back up hidden files"));
+        // Set through the base class, the text moves into the label and is drawn once.
+        plain->setText(QStringLiteral("Skip caches"));
+        QCOMPARE(button->label()->text(), QStringLiteral("Skip caches"));
+        QCOMPARE(QAccessible::queryAccessibleInterface(button)->text(QAccessible::Name), QStringLiteral("Skip caches"));
+        // Only the label draws the text: with it hidden, the button looks the same whatever its text.
+        label->hide();
+        const QImage withText = button->grab().toImage();
+        plain->setText(QString());
+        QCOMPARE(button->grab().toImage(), withText);
+        plain->setText(QStringLiteral("Back up hidden files"));
+        label->show();
 
         QSignalSpy clicked(button, &QAbstractButton::clicked);
         QTest::mouseClick(label, Qt::LeftButton, Qt::NoModifier, label->rect().center());
@@ -455,6 +484,22 @@ private Q_SLOTS:
         }
         line.resize(420, line.sizeHint().height());
         savePicture(line, QStringLiteral("path_line"));
+
+        // Icons by the name's type, the disk left alone: this path is on no disk here.
+        QFileIconProvider icons;
+        line.setPath(QStringLiteral("/remote/alice/report.pdf"));
+        QCOMPARE(line.item(1)->icon().pixmap(16).toImage(), icons.icon(QFileIconProvider::Folder).pixmap(16).toImage());
+        QCOMPARE(line.item(2)->icon().pixmap(16).toImage(), icons.icon(QFileIconProvider::File).pixmap(16).toImage());
+
+        // As tall as a line edit, without building one each time a layout asks.
+        PathLineWidget empty;
+        const int editHeight = QLineEdit().sizeHint().height();
+        PolishCounter polished;
+        qApp->installEventFilter(&polished);
+        QCOMPARE(empty.sizeHint().height(), editHeight);
+        QVERIFY(line.sizeHint().height() >= editHeight);
+        qApp->removeEventFilter(&polished);
+        QCOMPARE(polished.lineEdits, 0);
 
         // A new path replaces the old one whole.
         line.setPath(QStringLiteral("var/backups"));
