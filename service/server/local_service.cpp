@@ -5,6 +5,7 @@
 #include "service/commands/certificate_commands.h"
 #include "service/commands/content_commands.h"
 #include "service/store/database.h"
+#include "service/store/transaction.h"
 #include "service/engine/engine.h"
 #include "service/commands/history_commands.h"
 #include "service/commands/plan_commands.h"
@@ -77,7 +78,15 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << "Cannot record the runs the last stop cut short:" << text;
     }
-    m_scheduler->start();
+    try {
+        // After the machine was off, the first pass moves every missed plan's next run: one durable
+        // commit for all of them rather than one each, which kept the first commands waiting for seconds.
+        Transaction startPass(*m_database);
+        m_scheduler->start();
+        startPass.commit();
+    } catch (const QString& text) {
+        TWL::TwlDebug("TWB").warning() << "Cannot record the schedule's first pass:" << text;
+    }
     return true;
 }
 
