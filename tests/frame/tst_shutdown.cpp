@@ -83,7 +83,8 @@ private Q_SLOTS:
         QVERIFY(!late.send(QStringLiteral("PlanGetList")));
         QCOMPARE(lateFailed.count(), 1);
         QCOMPARE(lateFailed.at(0).at(0).toString(), QStringLiteral("Commnunication manager is 0x00"));
-        QVERIFY(quitLog.contains(QtWarningMsg, QStringLiteral("TWB"), QStringLiteral("Commnunication manager is 0x00")));
+        QVERIFY(
+            quitLog.contains(QtWarningMsg, QStringLiteral("TWB"), QStringLiteral("Commnunication manager is 0x00")));
 
         // The controller has nothing left to connect to and stays silent.
         controller.init();
