@@ -175,29 +175,46 @@ void roundTrips(int count)
 
     // A steady window of 64, as models loading together keep the channel full: through the channel,
     // then through a plain socket that pipelines the same lines, the mark the channel is held to.
+    // The two take turns, three rounds each, and each keeps its best round, so that a burst of load
+    // from elsewhere on the machine does not decide the ratio.
     const int window = 64;
-    int sent = 0;
-    answered = 0;
-    std::function<void()> next = [&] {
-        ++answered;
-        if (sent < count) {
+    auto channelWindow = [&] {
+        int sent = 0;
+        int done = 0;
+        std::function<void()> next = [&] {
+            ++done;
+            if (sent < count) {
+                ++sent;
+                sendOne(&context, next);
+            }
+        };
+        QElapsedTimer clock;
+        clock.start();
+        while (sent < std::min(window, count)) {
             ++sent;
             sendOne(&context, next);
         }
+        waitFor([&] { return done == count; }, 60000);
+        return double(clock.nsecsElapsed()) / 1e9;
     };
-    QElapsedTimer steady;
-    steady.start();
-    for (; sent < std::min(window, count);)
-        ++sent, sendOne(&context, next);
-    waitFor([&] { return answered == count; }, 60000);
-    const double steadySeconds = double(steady.nsecsElapsed()) / 1e9;
+    double steadySeconds = 0;
+    double plainSeconds = 0;
+    double plainOneSeconds = 0;
+    auto best = [](double& kept, double round) {
+        if (round > 0 && (kept <= 0 || round < kept))
+            kept = round;
+    };
+    for (int round = 0; round < 3; ++round) {
+        best(steadySeconds, channelWindow());
+        best(plainSeconds, plainExchange(env.socketPath(), count, window));
+        best(plainOneSeconds, plainExchange(env.socketPath(), count / 4, 1) * 4);
+    }
     std::printf("round trip, %d in flight: %d commands in %.3f s: %.0f commands/s\n", window, count, steadySeconds,
         count / steadySeconds);
-
-    const double plainSeconds = plainExchange(env.socketPath(), count, window);
-    if (plainSeconds > 0)
-        std::printf("plain line-JSON socket, %d in flight: %d commands in %.3f s: %.0f commands/s (channel %.2fx)\n",
-            window, count, plainSeconds, count / plainSeconds, plainSeconds / steadySeconds);
+    std::printf("plain line-JSON socket, %d in flight: %d commands in %.3f s: %.0f commands/s (channel %.2fx)\n",
+        window, count, plainSeconds, count / plainSeconds, plainSeconds / steadySeconds);
+    std::printf("plain line-JSON socket, one at a time: %.0f commands/s (channel one at a time %.2fx)\n",
+        count / plainOneSeconds, plainOneSeconds / seconds);
     service.terminate();
 }
 
