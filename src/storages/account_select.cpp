@@ -2,6 +2,7 @@
 
 #include "frame/application.h"
 #include "platform/rebranding/rebranding.h"
+#include "storages/account_factory.h"
 #include "storages/storage_connections_model.h"
 
 #include <QHBoxLayout>
@@ -16,6 +17,11 @@ namespace {
 bool allowFileSystem()
 {
     return TWB::Defines::Rebranding().value(QStringLiteral("AllowFileSystemAccount")).toBool();
+}
+
+QString notYetText()
+{
+    return QObject::tr("This console cannot add such an account yet.");
 }
 
 } // namespace
@@ -45,7 +51,7 @@ void Select::Item::setHover(bool on)
 
 void Select::Item::enterEvent(QEvent* event)
 {
-    setHover(true);
+    setHover(isEnabled());
     QFrame::enterEvent(event);
 }
 
@@ -100,14 +106,25 @@ SelectStandalon::Menu::Menu(QWidget* parent)
         label.replace(QLatin1Char('&'), QLatin1String("&&"));
         QAction* action = addAction(StorageConnectionsModel::storageIcon(type, IconManager::Small), label);
         action->setData(int(type));
+        // Back-ends without a form are listed, so that users see what the product knows, but cannot be chosen.
+        if (!AccountFactory::canAdd(type)) {
+            action->setEnabled(false);
+            action->setToolTip(notYetText());
+        }
     }
+    setToolTipsVisible(true);
 }
 
 SelectStandalon::SelectStandalon(QWidget* parent)
     : Select(parent)
 {
-    for (TWL::Cloud::Type type : StorageType())
+    for (TWL::Cloud::Type type : StorageType()) {
         addItem(type, storageName(type));
+        if (!AccountFactory::canAdd(type)) {
+            items().last()->setEnabled(false);
+            items().last()->setToolTip(notYetText());
+        }
+    }
 }
 
 QMap<TWL::Cloud::Type, QString> SelectStandalon::StorageName()
