@@ -49,6 +49,8 @@ Storages::Add::Add(TWL::Cloud::Type type, QWidget* parent)
     , buttons(new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this))
 {
     setWindowTitle(tr("Add New Account"));
+    // Return in a field must not open the advanced settings: only Ok is a default button.
+    advanced->setAutoDefault(false);
     grid->addWidget(advanced, 0, 1, Qt::AlignRight);
     grid->setColumnStretch(0, 1);
     mainLayout->addLayout(grid);

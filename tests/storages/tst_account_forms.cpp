@@ -384,12 +384,13 @@ private Q_SLOTS:
         qputenv(
             "TWB_EMAIL_SERVICE_URL", QStringLiteral("http://127.0.0.1:%1/confirm").arg(service.serverPort()).toUtf8());
         PagesWizard wizard;
+        wizard.setStartId(5);
         wizard.show();
         wizard.setField(QStringLiteral("Field_NotificationUseEnabled"), true);
         wizard.setField(QStringLiteral("Field_NotificationAllCase"), true);
         wizard.setField(QStringLiteral("Field_NotificationEmail"), QStringLiteral("ann@example.org"));
         wizard.setField(QStringLiteral("Field_NotificationUserName"), QStringLiteral("Ann"));
-        save(wizard.notification, QStringLiteral("page_notification"));
+        save(&wizard, QStringLiteral("page_notification"));
 
         service.body = R"({"confirmed":false})";
         {

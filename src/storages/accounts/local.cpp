@@ -36,6 +36,7 @@ Local::Add::Add(QWidget* parent)
     row->addWidget(browse);
     form->addRow(tr("Folder:"), row);
     insertForm(form);
+    browse->setAutoDefault(false);
     connect(displayName, &QLineEdit::textChanged, this, &Add::onDataChanged);
     connect(path, &QLineEdit::textChanged, this, &Add::onDataChanged);
     connect(browse, &QPushButton::clicked, this, &Add::onBrowse);

@@ -49,9 +49,9 @@ Sftp::Add::Add(QWidget* parent)
     port->setRange(1, 65535);
     port->setValue(sshPort);
     password->setEchoMode(QLineEdit::Password);
-    password->setPlaceholderText(tr("Leave empty to sign in with a key"));
+    password->setPlaceholderText(tr("Empty to sign in with a key"));
     keyFile->setPlaceholderText(tr("Optional"));
-    folder->setPlaceholderText(tr("The user's home folder when empty"));
+    folder->setPlaceholderText(tr("Empty for the home folder"));
     form->addRow(tr("Display Name:"), displayName);
     form->addRow(tr("Server:"), host);
     form->addRow(tr("Port:"), port);
@@ -68,6 +68,8 @@ Sftp::Add::Add(QWidget* parent)
     form->addRow(QString(), checkRow);
     insertForm(form);
     check->setEnabled(false);
+    check->setAutoDefault(false);
+    browseKey->setAutoDefault(false);
     for (QLineEdit* edit : {displayName, host, user, password, keyFile, folder})
         connect(edit, &QLineEdit::textChanged, this, &Add::onDataChanged);
     connect(port, QOverload<int>::of(&QSpinBox::valueChanged), this, &Add::onDataChanged);
