@@ -10,6 +10,7 @@
 #include <QAbstractItemModel>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QMessageBox>
 
 namespace TWB::GUI::Settings {
 
@@ -56,6 +57,21 @@ Storages::UpdateWatcher::UpdateWatcher(const QUuid& id, int type, QWidget* paren
         connect(model, &QAbstractItemModel::dataChanged, this, &UpdateWatcher::onDataChanged);
     if (type == RemoveAccount)
         connect(model, &QAbstractItemModel::rowsRemoved, this, &UpdateWatcher::onRowsRemoved);
+    if (auto list = qobject_cast<BaseModel*>(model.data()))
+        connect(list, &BaseModel::error, this, &UpdateWatcher::onModelError);
+}
+
+void Storages::UpdateWatcher::onModelError(const QString& text)
+{
+    if (!m_failure.isEmpty())
+        return;
+    m_failure = text;
+    TWL::TwlDebug("TWB").warning() << "Storage change failed:" << m_id.toString() << text;
+    hide();
+    QMessageBox box(QMessageBox::Warning, windowTitle(), text, QMessageBox::Ok, parentWidget());
+    box.setWindowFlags(box.windowFlags() | Qt::Sheet);
+    box.exec();
+    reject();
 }
 
 Storages::UpdateWatcher::~UpdateWatcher() = default;

@@ -24,6 +24,7 @@
 #include "storages/storages_update_watcher.h"
 #include "support/modal_answerer.h"
 #include "support/service_process.h"
+#include "support/test_caller.h"
 #include "support/test_environment.h"
 #include "wizard/page_cloud.h"
 #include "wizard/page_notification.h"
@@ -284,6 +285,49 @@ private Q_SLOTS:
             QVERIFY(answer.answered());
         }
         QCOMPARE(rowOf(QStringLiteral("USB stick")), -1);
+    }
+
+    void accountThatPlansUseIsKeptWithTheServicesReason()
+    {
+        // The first storage account, and a plan that writes to it.
+        const QModelIndex local = model()->index(0, 0);
+        const QUuid id(local.sibling(0, 1).data().toString());
+        TWB::Info::Plan::BackupFile plan;
+        plan.setId(QUuid::createUuid());
+        plan.setName(QStringLiteral("Documents"));
+        plan.setStorage(id);
+        plan.setItems({m_env->root()});
+        TWB::Test::TestCaller caller;
+        QSignalSpy succeeded(&caller, &TWB::Test::TestCaller::succeeded);
+        QVERIFY(caller.send(QStringLiteral("PlanUpdate"),
+            {{QStringLiteral("profile"), QStringLiteral("alice")}, {QStringLiteral("ID"), plan.id().toString()},
+                {QStringLiteral("planXML"), plan.toXml()}}));
+        QVERIFY(succeeded.wait());
+
+        Storages page;
+        page.show();
+        const QString name = local.data().toString();
+        // Ok to the question; then the watcher's report must come, rather than a wait without end.
+        QString asked;
+        QString reported;
+        QTimer answer;
+        connect(&answer, &QTimer::timeout, this, [&] {
+            auto box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (!box || !box->isVisible())
+                return;
+            if (box->icon() == QMessageBox::Question && asked.isEmpty()) {
+                asked = box->text();
+                box->button(QMessageBox::Ok)->click();
+            } else if (box->icon() == QMessageBox::Warning && reported.isEmpty()) {
+                reported = box->text();
+                box->button(QMessageBox::Ok)->click();
+            }
+        });
+        answer.start(20);
+        page.onRemoveItem(shownRow(page, name));
+        QCOMPARE(asked, QStringLiteral("Delete \"%1\" account?").arg(name));
+        QVERIFY2(reported.contains(QStringLiteral("is used by the plans \"Documents\"")), qPrintable(reported));
+        QCOMPARE(rowOf(name), 0);
     }
 
     void pageCloudFollowsThePlanAndTheList()

@@ -132,11 +132,10 @@ QVariantMap Sftp::Add::cloudConfig()
     return config;
 }
 
-bool Sftp::Add::loadContainersFinished(TWL::Cloud::Operation::ListContainers* operation)
+bool Sftp::Add::loadContainersFinished(TWL::Cloud::Operation::ListContainers*)
 {
     checked = true;
-    const int folders = operation->data().size();
-    setSuccessMessage(tr("Signed in. The folder holds %n folder(s).", nullptr, folders), false);
+    setSuccessMessage(tr("Signed in. The folder is there and can be read."), false);
     okButton()->setEnabled(!displayName->text().trimmed().isEmpty());
     return true;
 }
