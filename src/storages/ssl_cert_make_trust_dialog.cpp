@@ -1,6 +1,7 @@
 #include "storages/ssl_cert_make_trust_dialog.h"
 
 #include <QDialogButtonBox>
+#include <QFontDatabase>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLocale>
@@ -40,8 +41,14 @@ SslCertMakeTrustDialog::SslCertMakeTrustDialog(const QSslCertificate& certificat
     add(tr("Issued by:"), names(certificate.issuerInfo(QSslCertificate::CommonName)));
     add(tr("Valid from:"), locale.toString(certificate.effectiveDate(), QLocale::ShortFormat));
     add(tr("Valid until:"), locale.toString(certificate.expiryDate(), QLocale::ShortFormat));
-    add(tr("SHA-256 fingerprint:"),
-        QString::fromLatin1(certificate.digest(QCryptographicHash::Sha256).toHex(':').toUpper()));
+    // Two even lines of sixteen bytes, in a fixed font, so that a user can compare them with the server's.
+    const QByteArray digest = certificate.digest(QCryptographicHash::Sha256);
+    auto fingerprint = new QLabel(
+        QString::fromLatin1(digest.left(16).toHex(':').toUpper() + '\n' + digest.mid(16).toHex(':').toUpper()), this);
+    fingerprint->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    fingerprint->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    form->addRow(new QLabel(tr("SHA-256 fingerprint:"), this));
+    form->addRow(fingerprint);
     layout->addLayout(form);
     auto buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
     auto trust = buttons->addButton(tr("Trust"), QDialogButtonBox::AcceptRole);

@@ -8,6 +8,7 @@
 #include "storages/account_factory.h"
 #include "storages/accounts/amazon_s3_compatible.h"
 #include "storages/accounts/sftp.h"
+#include "storages/ssl_cert_make_trust_dialog.h"
 #include "storages/storage_connections_model.h"
 #include "storages/storages.h"
 #include "storages/storages_edit_list.h"
@@ -368,6 +369,47 @@ private Q_SLOTS:
         }
         // The watcher closed once the service's removal reached the list.
         QCOMPARE(rowOf(QStringLiteral("Holiday pictures 2026")), -1);
+    }
+
+    void untrustedCertificateIsRefusedThenTrusted()
+    {
+        QTemporaryDir folder;
+        QString certificate;
+        QString key;
+        QVERIFY(TWB::Test::CloudPeer::makeCertificate(folder.path(), &certificate, &key));
+        MotoPeer tls;
+        QVERIFY2(tls.start(certificate, key), qPrintable(tls.output()));
+        auto form = newForm();
+        form->show();
+        QTest::keyClicks(form->displayNameEdit(), QStringLiteral("Office S3"));
+        QTest::keyClicks(form->accessKeyEdit(), tls.accessKey());
+        QTest::keyClicks(form->secretKeyEdit(), tls.secretKey());
+        QTest::keyClicks(form->endpointEdit(), QStringLiteral("https://") + tls.endpoint());
+        QTest::keyClick(form->endpointEdit(), Qt::Key_Return);
+
+        // The first time the user does not trust it: the form stays usable, and Ok stays off.
+        QString shown;
+        ModalDriver<SslCertMakeTrustDialog> refuse([&shown](SslCertMakeTrustDialog* dialog) {
+            shown = dialog->windowTitle();
+            QVERIFY(dialog->grab().save(TestEnvironment::outputDir() + QStringLiteral("/account_trust.png")));
+            dialog->reject();
+        });
+        QTest::mousePress(form->bucketBox(), Qt::LeftButton);
+        QVERIFY(QTest::qWaitFor([&refuse] { return refuse.ran(); }, listWait));
+        QTRY_VERIFY(form->cursor().shape() != Qt::WaitCursor);
+        QCOMPARE(shown, QStringLiteral("Untrusted certificate"));
+        QVERIFY(!form->isListLoaded());
+        QVERIFY(!form->okButton()->isEnabled());
+        QVERIFY(form->bucketBox()->isEnabled());
+        QVERIFY(form->displayNameEdit()->isEnabled());
+
+        // The second time it is trusted, and the list that follows works.
+        ModalDriver<SslCertMakeTrustDialog> trust([](SslCertMakeTrustDialog* dialog) { dialog->accept(); });
+        QVERIFY(pressBuckets(form.get()) || trust.ran());
+        QVERIFY(trust.ran());
+        QTRY_VERIFY_WITH_TIMEOUT(form->isListLoaded(), listWait);
+        QVERIFY(items(form->bucketBox()).isEmpty() || form->okButton()->isEnabled());
+        QVERIFY2(form->messageText().isEmpty(), qPrintable(form->messageText()));
     }
 
     void sftpAccountIsCheckedBeforeItIsSaved()
