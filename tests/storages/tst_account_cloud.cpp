@@ -1,3 +1,4 @@
+#include "engine_test_support.h"
 #include "frame/model_manager.h"
 #include "frame/model_names.h"
 #include "frame/shared_model_creator.h"
@@ -5,6 +6,8 @@
 #include "platform/cloud/operation_manager.h"
 #include "platform/communication/connection_manager.h"
 #include "platform/crypt/local_password.h"
+#include "platform/plan/backup_file.h"
+#include "platform/plan/restore_file.h"
 #include "storages/account_factory.h"
 #include "storages/accounts/amazon_s3_compatible.h"
 #include "storages/accounts/sftp.h"
@@ -18,6 +21,7 @@
 #include "support/modal_answerer.h"
 #include "support/service_process.h"
 #include "support/test_environment.h"
+#include "wizard/page_cloud.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -26,6 +30,7 @@
 #include <QSpinBox>
 #include <QSignalSpy>
 #include <QToolButton>
+#include <QWizard>
 #include <QtTest>
 
 #include <memory>
@@ -93,9 +98,11 @@ private:
         return texts;
     }
 
-    static QModelIndex shownRow(Storages& page, const QString& name)
+    static QModelIndex shownRow(Storages& page, const QString& name) { return shownRow(page.list(), name); }
+
+    static QModelIndex shownRow(Storages::EditList* list, const QString& name)
     {
-        QAbstractItemModel* shown = page.list()->view()->model();
+        QAbstractItemModel* shown = list->view()->model();
         return shown->match(shown->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly).value(0);
     }
 
@@ -369,6 +376,62 @@ private Q_SLOTS:
         }
         // The watcher closed once the service's removal reached the list.
         QCOMPARE(rowOf(QStringLiteral("Holiday pictures 2026")), -1);
+    }
+
+    void planOnTheAccountChosenInTheWizardBacksUpAndRestores()
+    {
+        // An account on its own bucket, so that the plan does not hold back the removal tests above.
+        TWB::Test::RawClient client;
+        QVERIFY(client.connectTo(m_env->socketPath()));
+        const QUuid account = QUuid::createUuid();
+        QVERIFY(client
+                    .call(QStringLiteral("SaveStorage"),
+                        {{QStringLiteral("ID"), account.toString()},
+                            {QStringLiteral("displayName"), QStringLiteral("Vault")},
+                            {QStringLiteral("prefix"), QStringLiteral("laptop")},
+                            {QStringLiteral("type"), int(TWL::Cloud::S3Compatible)},
+                            {QStringLiteral("params"), m_moto->document(QStringLiteral("ledger"))}})
+                    .success);
+        QTRY_VERIFY(rowOf(QStringLiteral("Vault")) >= 0);
+
+        // The wizard's first page: the user clicks the account.
+        QWizard wizard;
+        auto page = new TWB::GUI::PlanWizardBase::PageCloud;
+        wizard.setPage(0, page);
+        wizard.show();
+        auto list = static_cast<Storages::EditList*>(page->list());
+        const QModelIndex row = shownRow(list, QStringLiteral("Vault"));
+        QVERIFY(row.isValid());
+        QTest::mouseClick(list->view()->viewport(), Qt::LeftButton, {}, list->view()->visualRect(row).center());
+        QCOMPARE(wizard.field(QStringLiteral("Field_CloudId")).toString(), account.toString());
+        QCOMPARE(wizard.field(QStringLiteral("Field_CloudType")).toString(), QString::number(TWL::Cloud::S3Compatible));
+        QVERIFY(page->isComplete());
+
+        const QString source = m_env->root() + QStringLiteral("/papers");
+        TWB::Test::EngineTestSupport::writeFile(
+            source + QStringLiteral("/scan.raw"), TWB::Test::EngineTestSupport::noise(256 * 1024, 7));
+        TWB::Test::EngineTestSupport::writeFile(source + QStringLiteral("/index.txt"), "index\n");
+        TWB::Info::Plan::BackupFile plan;
+        plan.setId(QUuid::createUuid());
+        plan.setName(QStringLiteral("Papers"));
+        plan.setItems({source});
+        QVERIFY(page->initPlan(&plan));
+        QVERIFY(TWB::Test::EngineTestSupport::save(client, plan));
+        const TWB::Test::RunOutcome backup = TWB::Test::EngineTestSupport::run(client, plan.id());
+        QVERIFY2(backup.status == 6, qPrintable(backup.message));
+
+        TWB::Info::Plan::RestoreFile back;
+        back.setId(QUuid::createUuid());
+        back.setName(QStringLiteral("Papers back"));
+        QVERIFY(page->initPlan(&back));
+        const QString target = m_env->root() + QStringLiteral("/papers-out");
+        back.setRestoreItems({QStringLiteral("/TWB_VOLUMES/root") + source});
+        back.setRestoreToOriginalLocation(false);
+        back.setDestination(target);
+        QVERIFY(TWB::Test::EngineTestSupport::save(client, back));
+        const TWB::Test::RunOutcome restore = TWB::Test::EngineTestSupport::run(client, back.id());
+        QVERIFY2(restore.status == 6, qPrintable(restore.message));
+        QCOMPARE(TWB::Test::EngineTestSupport::tree(target + source), TWB::Test::EngineTestSupport::tree(source));
     }
 
     void untrustedCertificateIsRefusedThenTrusted()
