@@ -53,15 +53,20 @@ quint16 CloudPeer::freePort()
     return probe.serverPort();
 }
 
-bool CloudPeer::waitForPort(quint16 port, int timeoutMs)
+bool CloudPeer::waitForPort(quint16 port, int timeoutMs, const QProcess* server)
 {
-    return QTest::qWaitFor(
-        [port] {
+    bool open = false;
+    static_cast<void>(QTest::qWaitFor(
+        [port, server, &open] {
+            if (server && server->state() == QProcess::NotRunning)
+                return true;
             QTcpSocket socket;
             socket.connectToHost(QHostAddress::LocalHost, port);
-            return socket.waitForConnected(200);
+            open = socket.waitForConnected(200);
+            return open;
         },
-        timeoutMs);
+        timeoutMs));
+    return open;
 }
 
 bool CloudPeer::makeCertificate(const QString& folder, QString* certificate, QString* key)
@@ -156,10 +161,18 @@ QString SftpPeer::missing()
         : QString();
 }
 
-bool SftpPeer::start()
+bool SftpPeer::start(const QString& authorizedKeys)
 {
     m_port = freePort();
     QDir().mkpath(root());
+    // An empty list of keys by default: the user's own ~/.ssh/authorized_keys must not let anyone in.
+    QString keys = authorizedKeys;
+    if (keys.isEmpty()) {
+        keys = m_dir.path() + QStringLiteral("/authorized_keys");
+        QFile empty(keys);
+        if (!empty.open(QIODevice::WriteOnly))
+            return false;
+    }
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("RCLONE_CONFIG"), m_dir.path() + QStringLiteral("/none.conf"));
     environment.insert(QStringLiteral("RCLONE_CACHE_DIR"), m_dir.path() + QStringLiteral("/cache"));
@@ -167,8 +180,8 @@ bool SftpPeer::start()
     m_process.start(QStringLiteral("rclone"),
         {QStringLiteral("serve"), QStringLiteral("sftp"), QStringLiteral("--addr"),
             QStringLiteral("127.0.0.1:%1").arg(m_port), QStringLiteral("--user"), user(), QStringLiteral("--pass"),
-            password(), root()});
-    return m_process.waitForStarted() && waitForPort(m_port);
+            password(), QStringLiteral("--authorized-keys"), keys, root()});
+    return m_process.waitForStarted() && waitForPort(m_port, 20000, &m_process);
 }
 
 QVariantMap SftpPeer::config(const QString& path) const
@@ -204,14 +217,14 @@ QString AzuritePeer::missing()
 
 bool AzuritePeer::start()
 {
-    if (program().isEmpty())
+    if (!missing().isEmpty())
         return false;
     m_port = freePort();
     m_process.start(program(),
         {QStringLiteral("--silent"), QStringLiteral("--skipApiVersionCheck"), QStringLiteral("--loose"),
-            QStringLiteral("--blobHost"), QStringLiteral("127.0.0.1"), QStringLiteral("--blobPort"),
-            QString::number(m_port), QStringLiteral("--location"), m_dir.path()});
-    return m_process.waitForStarted() && waitForPort(m_port);
+            QStringLiteral("--disableTelemetry"), QStringLiteral("--blobHost"), QStringLiteral("127.0.0.1"),
+            QStringLiteral("--blobPort"), QString::number(m_port), QStringLiteral("--location"), m_dir.path()});
+    return m_process.waitForStarted() && waitForPort(m_port, 20000, &m_process);
 }
 
 QVariantMap AzuritePeer::config(const QString& container) const

@@ -23,8 +23,8 @@ public:
 
     /// A port nothing listens on at this moment.
     static quint16 freePort();
-    /// Waits until something accepts connections on the port.
-    static bool waitForPort(quint16 port, int timeoutMs = 20000);
+    /// Waits until something accepts connections on the port; gives up early once `server` has ended.
+    static bool waitForPort(quint16 port, int timeoutMs = 20000, const QProcess* server = nullptr);
     /// A self-signed certificate for 127.0.0.1 and localhost, made with openssl; empty on failure.
     static bool makeCertificate(const QString& folder, QString* certificate, QString* key);
 
@@ -66,7 +66,8 @@ class SftpPeer final : public CloudPeer
 public:
     /// Why the server cannot run here (no rclone on the PATH), or empty.
     static QString missing();
-    bool start();
+    /// With an authorized_keys file, the keys in it log in as well as the password.
+    bool start(const QString& authorizedKeys = QString());
     QString root() const { return m_dir.path() + QStringLiteral("/served"); }
     static QString user() { return QStringLiteral("tester"); }
     static QString password() { return QStringLiteral("sftp Secret 42"); }
@@ -74,6 +75,7 @@ public:
 };
 
 /// Azurite's blob service, from the project's own npm folder; start() fails when it is not installed.
+/// Its one account, "devstoreaccount1", is in the path of its endpoint, as rclone reaches an emulator.
 class AzuritePeer final : public CloudPeer
 {
 public:

@@ -101,6 +101,9 @@ void mapS3(const QVariantMap& config, RcloneRemote& remote)
     remote.host = hostOf(url);
 }
 
+// Azure's storage emulator serves its one account in the path of its URL, with a published key.
+const char* const azureEmulatorAccount = "devstoreaccount1";
+
 void mapAzure(const QVariantMap& config, RcloneRemote& remote)
 {
     const QString account = text(config, Key::Username);
@@ -120,10 +123,32 @@ void mapAzure(const QVariantMap& config, RcloneRemote& remote)
         remote.host = account + QLatin1String(".blob.core.windows.net");
         return;
     }
-    // Azure Stack and emulators: the blob service's URL, to which rclone adds nothing.
-    const QString url = endpointUrl(config, QUrl());
-    env.insert(RcloneRemote::variable("ENDPOINT"), url);
-    remote.host = hostOf(url);
+    // rclone reaches an account at https://<account>.<endpoint>: its endpoint is the domain that follows
+    // the account's name. Only the emulator is reached at a URL with the account in its path, and then
+    // rclone signs with the emulator's own account and key.
+    const QUrl typed(QStringLiteral("http://") + bare);
+    const QString path = typed.path().section(QLatin1Char('/'), 1, 1);
+    if (!path.isEmpty()) {
+        if (path != QLatin1String(azureEmulatorAccount) || account != QLatin1String(azureEmulatorAccount)) {
+            remote.error = tr("The endpoint \"%1\" holds a path, which only Azure's storage emulator with the "
+                              "account \"%2\" may have. Enter the domain that follows the account's name, such "
+                              "as blob.core.chinacloudapi.cn.")
+                               .arg(bare, QLatin1String(azureEmulatorAccount));
+            return;
+        }
+        const QString url = endpointUrl(config, QUrl());
+        env.insert(RcloneRemote::variable("USE_EMULATOR"), QStringLiteral("true"));
+        env.insert(RcloneRemote::variable("ENDPOINT"), url);
+        remote.host = hostOf(url);
+        return;
+    }
+    QString suffix = bare;
+    if (suffix.startsWith(account.toLower() + QLatin1Char('.')))
+        suffix = suffix.mid(account.size() + 1);
+    if (suffix.startsWith(QLatin1String("core.")))
+        suffix.prepend(QLatin1String("blob."));
+    env.insert(RcloneRemote::variable("ENDPOINT"), suffix);
+    remote.host = account + QLatin1Char('.') + suffix;
 }
 
 // A Google service account key as rclone reads it: the key file itself, or one built from its parts.

@@ -28,27 +28,31 @@ bool CloudTestSupport::run(const QSharedPointer<IOperation>& operation, int time
 bool CloudTestSupport::putObject(
     const QVariantMap& s3Config, const QString& bucket, const QString& key, const QByteArray& data)
 {
+    const QString scheme
+        = s3Config.value(Key::UseSsl).toBool() ? QStringLiteral("https://") : QStringLiteral("http://");
+    return rcloneCopy(
+        {{QStringLiteral("TYPE"), QStringLiteral("s3")}, {QStringLiteral("PROVIDER"), QStringLiteral("Other")},
+            {QStringLiteral("ACCESS_KEY_ID"), s3Config.value(Key::AccessKey).toString()},
+            {QStringLiteral("SECRET_ACCESS_KEY"), s3Config.value(Key::SecretKey).toString()},
+            {QStringLiteral("ENDPOINT"), scheme + s3Config.value(Key::Endpoint).toString()}},
+        QStringLiteral("peer:%1/%2").arg(bucket, key), data);
+}
+
+bool CloudTestSupport::rcloneCopy(const QMap<QString, QString>& remote, const QString& target, const QByteArray& data)
+{
     QTemporaryFile file;
     if (!file.open() || file.write(data) != data.size())
         return false;
     file.flush();
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.remove(QStringLiteral("AWS_CA_BUNDLE"));
-    const QString scheme
-        = s3Config.value(Key::UseSsl).toBool() ? QStringLiteral("https://") : QStringLiteral("http://");
     environment.insert(QStringLiteral("RCLONE_CONFIG"), QDir::tempPath() + QStringLiteral("/twb-test-no-rclone.conf"));
-    environment.insert(QStringLiteral("RCLONE_CONFIG_PEER_TYPE"), QStringLiteral("s3"));
-    environment.insert(QStringLiteral("RCLONE_CONFIG_PEER_PROVIDER"), QStringLiteral("Other"));
-    environment.insert(QStringLiteral("RCLONE_CONFIG_PEER_ACCESS_KEY_ID"), s3Config.value(Key::AccessKey).toString());
-    environment.insert(
-        QStringLiteral("RCLONE_CONFIG_PEER_SECRET_ACCESS_KEY"), s3Config.value(Key::SecretKey).toString());
-    environment.insert(
-        QStringLiteral("RCLONE_CONFIG_PEER_ENDPOINT"), scheme + s3Config.value(Key::Endpoint).toString());
+    for (auto it = remote.constBegin(); it != remote.constEnd(); ++it)
+        environment.insert(QStringLiteral("RCLONE_CONFIG_PEER_") + it.key(), it.value());
     QProcess rclone;
     rclone.setProcessEnvironment(environment);
     rclone.setProcessChannelMode(QProcess::MergedChannels);
-    rclone.start(QStringLiteral("rclone"),
-        {QStringLiteral("copyto"), file.fileName(), QStringLiteral("peer:%1/%2").arg(bucket, key)});
+    rclone.start(QStringLiteral("rclone"), {QStringLiteral("copyto"), file.fileName(), target});
     if (!rclone.waitForFinished(60000) || rclone.exitCode() != 0) {
         qWarning() << "rclone copyto:" << rclone.readAll();
         return false;

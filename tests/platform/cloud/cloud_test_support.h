@@ -20,6 +20,10 @@ public:
     /// Writes an object through rclone itself, outside the layer under test.
     static bool putObject(const QVariantMap& s3Config, const QString& bucket, const QString& key,
         const QByteArray& data = QByteArrayLiteral("x"));
+    /// Copies a one-byte file to `target` ("peer:container/key") through rclone itself, the remote "peer"
+    /// defined by `remote`'s options ("TYPE", "ACCOUNT", ...).
+    static bool rcloneCopy(
+        const QMap<QString, QString>& remote, const QString& target, const QByteArray& data = QByteArrayLiteral("x"));
     /// Process ids of the processes below `ancestor`, with their command lines ("\0" between arguments).
     static QMap<qint64, QByteArray> descendants(qint64 ancestor);
     /// The environment of a process, as /proc shows it.
