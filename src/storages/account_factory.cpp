@@ -3,6 +3,8 @@
 #include "frame/application.h"
 #include "platform/logging/twl_debug.h"
 #include "storages/accounts/amazon_s3_compatible.h"
+#include "storages/accounts/azure.h"
+#include "storages/accounts/backblaze_b2.h"
 #include "storages/accounts/local.h"
 #include "storages/accounts/sftp.h"
 #include "storages/storages_update_watcher.h"
@@ -20,7 +22,9 @@ bool AccountFactory::canAdd(TWL::Cloud::Type type)
 {
     if (type == TWL::Cloud::FileSystem || type == TWL::Cloud::Sftp)
         return true;
-    return Application::isStandalon() && AmazonS3Compatible::traits(type, nullptr);
+    return Application::isStandalon()
+        && (type == TWL::Cloud::AzureBlob || type == TWL::Cloud::BackBlaze
+            || AmazonS3Compatible::traits(type, nullptr));
 }
 
 Storages::Info* AccountFactory::view(const QModelIndex& index)
@@ -34,6 +38,10 @@ Storages::Info* AccountFactory::view(const QModelIndex& index)
         info = new Sftp;
     else if (type == TWL::Cloud::AmazonS3)
         info = new AmazonS3;
+    else if (type == TWL::Cloud::AzureBlob)
+        info = new Azure;
+    else if (type == TWL::Cloud::BackBlaze)
+        info = new BackblazeB2;
     else if (AmazonS3Compatible::traits(type, &traits))
         info = new AmazonS3Compatible(type, traits.showEndpoint);
     if (!info) {
@@ -50,6 +58,10 @@ Storages::Add* AccountFactory::add(TWL::Cloud::Type type, QWidget* parent)
         return new Local::Add(parent);
     if (type == TWL::Cloud::Sftp)
         return new Sftp::Add(parent);
+    if (Application::isStandalon() && type == TWL::Cloud::AzureBlob)
+        return new Azure::Add(parent);
+    if (Application::isStandalon() && type == TWL::Cloud::BackBlaze)
+        return new BackblazeB2::Add(parent);
     AmazonS3Compatible::Traits traits {};
     if (Application::isStandalon() && AmazonS3Compatible::traits(type, &traits)) {
         if (type == TWL::Cloud::AmazonS3)

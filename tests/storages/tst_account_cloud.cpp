@@ -10,6 +10,7 @@
 #include "platform/plan/restore_file.h"
 #include "storages/account_factory.h"
 #include "storages/accounts/amazon_s3_compatible.h"
+#include "storages/accounts/azure.h"
 #include "storages/accounts/sftp.h"
 #include "storages/ssl_cert_make_trust_dialog.h"
 #include "storages/storage_connections_model.h"
@@ -24,6 +25,8 @@
 #include "wizard/page_cloud.h"
 
 #include <QComboBox>
+#include <QFormLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QPushButton>
@@ -39,6 +42,7 @@ using namespace TWB::GUI;
 using namespace TWB::GUI::Settings;
 using S3Form = Account::AmazonS3Compatible::Add;
 using TWB::Common::Communication::ConnectionManager;
+using TWB::Test::AzuritePeer;
 using TWB::Test::ModalAnswerer;
 using TWB::Test::ModalDriver;
 using TWB::Test::MotoPeer;
@@ -432,6 +436,54 @@ private Q_SLOTS:
         const TWB::Test::RunOutcome restore = TWB::Test::EngineTestSupport::run(client, back.id());
         QVERIFY2(restore.status == 6, qPrintable(restore.message));
         QCOMPARE(TWB::Test::EngineTestSupport::tree(target + source), TWB::Test::EngineTestSupport::tree(source));
+    }
+
+    void azureAccountIsCheckedAndGetsANewContainer()
+    {
+        if (const QString why = AzuritePeer::missing(); !why.isEmpty())
+            QSKIP(qPrintable(why));
+        AzuritePeer azurite;
+        QVERIFY2(azurite.start(), qPrintable(azurite.output()));
+        Storages page;
+        page.show();
+        QString label;
+        ModalDriver<Account::Azure::Add> driver([&](Account::Azure::Add* form) {
+            QTest::keyClicks(form->displayNameEdit(), QStringLiteral("Azure archive"));
+            QTest::keyClicks(form->accessKeyEdit(), AzuritePeer::account());
+            QTest::keyClicks(form->secretKeyEdit(), AzuritePeer::key());
+            form->endpointEdit()->selectAll();
+            QTest::keyClicks(form->endpointEdit(),
+                QStringLiteral("http://127.0.0.1:%1/%2").arg(azurite.port()).arg(AzuritePeer::account()));
+            QTest::keyClick(form->endpointEdit(), Qt::Key_Return);
+            if (!pressBuckets(form) || !form->isListLoaded())
+                return form->reject();
+            ModalDriver<Storages::AddContainer> name([](Storages::AddContainer* dialog) {
+                QTest::keyClicks(dialog->nameEdit(), QStringLiteral("backups"));
+                QTest::mouseClick(dialog->okButton(), Qt::LeftButton);
+            });
+            QTest::mouseClick(form->addBucketButton(), Qt::LeftButton);
+            if (!QTest::qWaitFor(
+                    [form] { return form->bucketBox()->currentText() == QLatin1String("backups"); }, listWait))
+                return form->reject();
+            QVERIFY(form->grab().save(TestEnvironment::outputDir() + QStringLiteral("/account_azure_checked.png")));
+            label
+                = qobject_cast<QLabel*>(form->findChild<QFormLayout*>()->labelForField(form->accessKeyEdit()))->text();
+            QTest::mouseClick(form->okButton(), Qt::LeftButton);
+        });
+        page.onCreateSelected(TWL::Cloud::AzureBlob);
+        QVERIFY(driver.ran());
+        QCOMPARE(label, QStringLiteral("Storage account:"));
+        const int row = rowOf(QStringLiteral("Azure archive"));
+        QVERIFY(row >= 0);
+        QCOMPARE(model()->index(row, 5).data().toInt(), int(TWL::Cloud::AzureBlob));
+        const QJsonObject document = model()->index(row, 8).data().toJsonObject();
+        QCOMPARE(document.value(QStringLiteral("UserName")).toString(), AzuritePeer::account());
+        QCOMPARE(document.value(QStringLiteral("ContainerName")).toString(), QStringLiteral("backups"));
+        QCOMPARE(document.value(QStringLiteral("UseSsl")).toBool(), false);
+        QCOMPARE(document.value(QStringLiteral("Endpoint")).toString(),
+            QStringLiteral("127.0.0.1:%1/%2").arg(azurite.port()).arg(AzuritePeer::account()));
+        QCOMPARE(SHARED::cryptNS::decrypt_local_password(document.value(QStringLiteral("Password")).toString()),
+            AzuritePeer::key());
     }
 
     void untrustedCertificateIsRefusedThenTrusted()

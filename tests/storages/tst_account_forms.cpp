@@ -184,7 +184,7 @@ private Q_SLOTS:
             QStringLiteral("Verizon"), QStringLiteral("Minio"), QStringLiteral("Wasabi"),
             QStringLiteral("Alibaba Cloud"), QStringLiteral("SFTP")};
         // Those with a form here; the others are shown but cannot be picked.
-        const QSet<int> built = {1, 2, 11, 12, 13, 14, 15, 19, 20, 21, 28, 29, 30, 33};
+        const QSet<int> built = {1, 2, 3, 11, 12, 13, 14, 15, 19, 20, 21, 28, 29, 30, 31, 33};
 
         Account::SelectStandalon chooser;
         QCOMPARE(texts(chooser.items()), order);
@@ -203,6 +203,7 @@ private Q_SLOTS:
         // Only the back-ends with a form answer a click, each with its own type.
         QCOMPARE(picked.count(), built.size());
         QCOMPARE(picked.first().first().toInt(), int(TWL::Cloud::AmazonS3));
+        QCOMPARE(picked.at(1).first().toInt(), int(TWL::Cloud::AzureBlob));
 
         // The managed edition offers only a folder, and the service's own storage for everything else.
         setManaged(true);
@@ -480,7 +481,8 @@ private Q_SLOTS:
         Account::SelectStandalon::Menu menu;
         save(&menu, QStringLiteral("chooser_menu"));
 
-        for (auto type : {TWL::Cloud::S3Compatible, TWL::Cloud::AmazonS3, TWL::Cloud::Wasabi, TWL::Cloud::Sftp}) {
+        for (auto type : {TWL::Cloud::S3Compatible, TWL::Cloud::AmazonS3, TWL::Cloud::Wasabi, TWL::Cloud::Sftp,
+                 TWL::Cloud::AzureBlob, TWL::Cloud::BackBlaze}) {
             std::unique_ptr<Storages::Add> form(Account::AccountFactory::add(type, nullptr));
             QVERIFY(form);
             form->show();

@@ -19,6 +19,7 @@
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QJsonArray>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
@@ -165,6 +166,7 @@ AmazonS3Compatible::Add::Add(TWL::Cloud::Type type, bool showEndpoint, bool show
     , showEndpoint(showEndpoint)
 {
     auto form = new QFormLayout;
+    formLayout = form;
     for (QLineEdit* edit : {displayName, accessKey, secretKey, endpoint})
         edit->setFixedWidth(LineEditWidth);
     secretKey->setEchoMode(QLineEdit::Password);
@@ -341,11 +343,30 @@ void AmazonS3Compatible::Add::onAddContainerClicked()
     if (dialog->exec() != QDialog::Accepted)
         return;
     TWL::TwlDebug("TWB").info() << "AmazonS3Like: create new bucket!";
-    QString location;
-    if (auto s3 = dynamic_cast<AddContainer*>(dialog.get()))
-        location = s3->location();
-    createContainer(TWL::Cloud::ContainerParams::AmazonS3Like(dialog->name(), location).json());
+    createContainer(containerParams(dialog.get()));
     createdContainer = dialog->name();
+}
+
+QJsonObject AmazonS3Compatible::Add::containerParams(Storages::AddContainer* dialog) const
+{
+    QString location;
+    if (auto s3 = dynamic_cast<AddContainer*>(dialog))
+        location = s3->location();
+    return TWL::Cloud::ContainerParams::AmazonS3Like(dialog->name(), location).json();
+}
+
+void AmazonS3Compatible::Add::setRowLabel(QWidget* field, const QString& text)
+{
+    // The field may stand alone or inside the row's own layout, as the bucket list does.
+    for (int row = 0; row < formLayout->rowCount(); ++row) {
+        QLayoutItem* item = formLayout->itemAt(row, QFormLayout::FieldRole);
+        if (!item || (item->widget() != field && !(item->layout() && item->layout()->indexOf(field) >= 0)))
+            continue;
+        if (QLayoutItem* label = formLayout->itemAt(row, QFormLayout::LabelRole)) {
+            if (auto shown = qobject_cast<QLabel*>(label->widget()))
+                shown->setText(text);
+        }
+    }
 }
 
 void AmazonS3Compatible::Add::onSetItem(const QModelIndex& index)

@@ -10,6 +10,7 @@
 
 class QCheckBox;
 class QComboBox;
+class QFormLayout;
 class QLineEdit;
 class QToolButton;
 
@@ -121,8 +122,13 @@ public Q_SLOTS:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     /// The saved document of this form.
-    QJsonObject document() const;
+    virtual QJsonObject document() const;
+    /// What createContainer() is given for the container the dialog names.
+    virtual QJsonObject containerParams(Storages::AddContainer* dialog) const;
+    /// Gives a row of the form another label, for back-ends that call their keys otherwise.
+    void setRowLabel(QWidget* field, const QString& text);
 
+    QFormLayout* formLayout; // owned by the dialog's layout
     QLineEdit* displayName; // owned as a child
     QLineEdit* accessKey; // owned as a child
     QLineEdit* secretKey; // owned as a child
