@@ -191,16 +191,24 @@ void PlanWizardBase::PageCloud::onRemoveDestinationClicked(const QModelIndex& in
 {
     if (!index.isValid() || !index.model())
         return;
+    // The list may change while the question is open: keep hold of the row itself.
+    const QPersistentModelIndex row(index);
     auto model = const_cast<QAbstractItemModel*>(index.model());
     const QString name = index.sibling(index.row(), 0).data().toString();
+    const QUuid id(index.sibling(index.row(), 1).data().toString());
     QMessageBox box(QMessageBox::Question, tr("Are you sure?"), tr("Delete \"%1\" account?").arg(name),
         QMessageBox::Ok | QMessageBox::Cancel, QApplication::activeWindow());
     box.setDefaultButton(QMessageBox::Cancel);
     box.setWindowFlags(box.windowFlags() | Qt::Sheet);
-    if (box.exec() != QMessageBox::Ok)
+    if (box.exec() != QMessageBox::Ok || !row.isValid())
         return;
     TWL::TwlDebug("TWB").debug() << "Remove local account:" << name;
-    model->removeRows(index.row(), 1, index.parent());
+    model->removeRows(row.row(), 1, row.parent());
+    // The service refuses to remove an account that plans use; the watcher tells the user so rather than
+    // leaving the row standing without a word.
+    Settings::Storages::UpdateWatcher watcher(
+        id, Settings::Storages::UpdateWatcher::RemoveAccount, QApplication::activeWindow());
+    watcher.exec();
     Q_EMIT completeChanged();
 }
 
