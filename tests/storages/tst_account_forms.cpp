@@ -216,6 +216,36 @@ private Q_SLOTS:
         QVERIFY(Account::AccountFactory::canAdd(TWL::Cloud::S3Compatible));
     }
 
+    void managedEditionWithOneAccountChoosesItAlone()
+    {
+        QCOMPARE(model()->rowCount(), 1);
+        PagesWizard standalone;
+        QVERIFY(!standalone.cloud->isSingle());
+
+        // A managed installation that allows no folders of the user's own, with its one account.
+        setManaged(true);
+        QFile rebranding(m_env->rebrandingFile());
+        QVERIFY(rebranding.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        rebranding.write("AllowFileSystemAccount=false\n");
+        rebranding.close();
+        PagesWizard managed;
+        QVERIFY(managed.cloud->isSingle());
+        auto list = static_cast<Storages::EditList*>(managed.cloud->list());
+        QVERIFY(list->isReadOnly());
+        TWB::Info::Plan::BackupFile plan;
+        QVERIFY(managed.cloud->fromPlan(&plan));
+        QCOMPARE(managed.field(QStringLiteral("Field_CloudId")).toString(), model()->index(0, 1).data().toString());
+        QVERIFY(managed.cloud->isComplete());
+
+        // Where folders are allowed the user has a choice to make, even with one account.
+        QVERIFY(rebranding.remove());
+        PagesWizard folders;
+        QVERIFY(!folders.cloud->isSingle());
+        QVERIFY(folders.cloud->fromPlan(&plan));
+        QVERIFY(!folders.cloud->isComplete());
+        setManaged(false);
+    }
+
     void localFolderIsCheckedAddedEditedAndRemoved()
     {
         Storages page;
