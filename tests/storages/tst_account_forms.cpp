@@ -28,6 +28,7 @@
 #include "support/test_environment.h"
 #include "wizard/page_cloud.h"
 #include "wizard/page_notification.h"
+#include "wizard/plan_wizard_base.h"
 
 #include <QAbstractItemModelTester>
 #include <QCheckBox>
@@ -83,11 +84,12 @@ public:
 };
 
 /// A wizard of the two pages under test, at the ids the plan wizards give them.
-class PagesWizard final : public QWizard
+class PagesWizard final : public PlanWizardBase
 {
 public:
     PagesWizard()
-        : cloud(new PlanWizardBase::PageCloud)
+        : PlanWizardBase(1)
+        , cloud(new PlanWizardBase::PageCloud)
         , notification(new PlanWizardBase::PageNotificationStandalone)
     {
         setProperty("PlanType", 1);
@@ -95,6 +97,7 @@ public:
         setPage(0, cloud);
         setPage(5, notification);
         setStartId(0);
+        resizeWizardPages();
     }
     PlanWizardBase::PageCloud* cloud;
     PlanWizardBase::PageNotificationStandalone* notification;
