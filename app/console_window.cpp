@@ -1,6 +1,7 @@
 #include "app/console_window.h"
 
 #include "app/run_progress_delegate.h"
+#include "app/storage_actions.h"
 #include "frame/application.h"
 #include "frame/application_event_controller.h"
 #include "frame/base_model.h"
@@ -89,8 +90,10 @@ ConsoleWindow::ConsoleWindow(
     m_tabs->addTab(m_backupView, tr("Backup plans"));
     m_tabs->addTab(m_restoreView, tr("Restore plans"));
     m_storageView = makeStorageView();
-    if (m_storageView)
+    if (m_storageView) {
         m_tabs->addTab(m_storageView, tr("Storage accounts"));
+        m_storageActions = new StorageActions(m_storageView, m_tabs, this);
+    }
     // The history of runs joins these tabs once its models exist; no empty tab stands for it meanwhile.
     setCentralWidget(m_tabs);
     buildActions();

@@ -20,6 +20,8 @@ class PlanControlObject;
 
 namespace TWB::Host {
 
+class StorageActions;
+
 /// The console's main window: the plan tables with live progress, the storage accounts, the plan
 /// controls, and the state of the link to the local service.
 class ConsoleWindow final : public QMainWindow
@@ -39,6 +41,8 @@ public:
     QTreeView* restoreView() const { return m_restoreView; }
     /// The storage accounts, when the host registered their model.
     QTreeView* storageView() const { return m_storageView; }
+    /// Add, edit, details and remove of the storage accounts; null without the storage tab.
+    StorageActions* storageActions() const { return m_storageActions; }
     QAction* startAction() const { return m_start; }
     QAction* stopAction() const { return m_stop; }
     QAction* runFullAction() const { return m_runFull; }
@@ -75,6 +79,7 @@ private:
     QTreeView* m_backupView = nullptr; // owned by parent-child
     QTreeView* m_restoreView = nullptr; // owned by parent-child
     QTreeView* m_storageView = nullptr; // owned by parent-child
+    StorageActions* m_storageActions = nullptr; // owned by m_storageView
     QAction* m_start = nullptr; // owned by parent-child
     QAction* m_stop = nullptr; // owned by parent-child
     QAction* m_runFull = nullptr; // owned by parent-child

@@ -116,4 +116,10 @@ void Application::openURL(const QUrl& url)
     handler->deleteLater();
 }
 
+QString Application::licenseMail()
+{
+    return SHARED::functions::files_operations::get_attrib_from_file(
+        SHARED::defines::Path::ETC::CONFIG::tidewrackBackup_conf(), QStringLiteral("licenseEmail"));
+}
+
 } // namespace TWB::GUI

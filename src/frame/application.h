@@ -30,6 +30,8 @@ public:
     static QString getSharePath();
     static QString getImagesPath();
     static QString supportEmail();
+    /// The address the product's licence was registered to; empty when none is known.
+    static QString licenseMail();
     /// Opens a URL with a clean library and program search path, so that the system's
     /// browser or file manager does not pick up the console's own libraries.
     static void openURL(const QUrl& url);

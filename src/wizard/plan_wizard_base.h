@@ -21,6 +21,9 @@ public:
     class PageSource;
     class PageSummary;
     class PageSchedule;
+    class PageCloud;
+    class PageNotification;
+    class PageNotificationStandalone;
 
     /// `planType` is 1 for a backup plan wizard and 2 for a restore plan wizard.
     explicit PlanWizardBase(int planType, QWidget* parent = nullptr);

@@ -1,10 +1,11 @@
 #pragma once
 
-// A plan wizard made of the shared pages, as the backup and restore wizards will be: name (1),
-// schedule (2), a stand-in for the notification page (5) and a summary (6) that saves the plan
-// through PlanEditWait.
+// A plan wizard made of the shared pages, as the backup and restore wizards will be: storage (0),
+// name (1), schedule (2), a stand-in for the notification page (5) and a summary (6) that saves the
+// plan through PlanEditWait.
 
 #include "platform/plan/backup_file.h"
+#include "wizard/page_cloud.h"
 #include "wizard/page_name.h"
 #include "wizard/page_schedule.h"
 #include "wizard/page_summary.h"
@@ -39,6 +40,8 @@ public:
         const bool edit = wizard()->property("IsEdit").toBool();
         savedId = edit ? wizard()->property("PlanId").toUuid() : QUuid::createUuid();
         plan->setId(savedId);
+        // The source page is not part of this wizard; the test says what the plan backs up.
+        plan->setItems(items);
         const auto visited = wizard()->visitedIds();
         for (int id : visited) {
             if (auto* page = qobject_cast<PageBase*>(wizard()->page(id))) {
@@ -52,6 +55,7 @@ public:
         return wait.result() == QDialog::Accepted;
     }
     QUuid savedId;
+    QStringList items;
     QPointer<TWB::GUI::PlanEditWait> waitDialog;
 };
 
@@ -60,6 +64,7 @@ class FlowWizard : public TWB::GUI::PlanWizardBase
 public:
     FlowWizard()
         : PlanWizardBase(1)
+        , cloud(new PageCloud)
         , name(new PageName)
         , schedule(new PageSchedule)
         , summary(new FlowSummary)
@@ -69,11 +74,12 @@ public:
         auto* blockLevel = new QCheckBox(name);
         blockLevel->hide();
         name->registerField(QStringLiteral("Field_UseFileDiffirentialBackup"), blockLevel);
+        setPage(0, cloud);
         setPage(1, name);
         setPage(2, schedule);
         setPage(5, new NotificationStandIn);
         setPage(6, summary);
-        setStartId(1);
+        setStartId(0);
         setWindowTitle(QStringLiteral("New backup plan"));
         resizeWizardPages();
     }
@@ -88,6 +94,7 @@ public:
                 page->fromPlan(plan);
         }
     }
+    PageCloud* cloud;
     PageName* name;
     PageSchedule* schedule;
     FlowSummary* summary;

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+
+class QAction;
+class QMenu;
+class QModelIndex;
+class QTabWidget;
+class QToolBar;
+class QTreeView;
+
+namespace TWB::Host {
+
+/// What a user does with the storage accounts tab: add an account (the chooser of back-ends as a menu),
+/// edit it, see its details and remove it, from a small tool bar at the tab bar's corner, from the
+/// rows' context menu, and by a double-click, which shows the details.
+class StorageActions final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY(StorageActions)
+public:
+    /// `view` is the tab of `tabs` that lists the accounts; dialogs open over `window`.
+    StorageActions(QTreeView* view, QTabWidget* tabs, QWidget* window);
+    ~StorageActions() override;
+
+    QAction* addAction() const { return m_add; }
+    QAction* editAction() const { return m_edit; }
+    QAction* infoAction() const { return m_info; }
+    QAction* removeAction() const { return m_remove; }
+    /// The back-ends offered by Add; null where only a local folder can be added.
+    QMenu* addMenu() const { return m_menu; }
+    QToolBar* toolBar() const { return m_bar; }
+
+    void add(int type);
+    void edit();
+    void info();
+    void remove();
+
+private:
+    QModelIndex current() const;
+    void updateActions();
+
+    QTreeView* m_view; // not owned
+    QTabWidget* m_tabs; // not owned
+    QPointer<QWidget> m_window;
+    QToolBar* m_bar = nullptr; // owned by the tab widget once set as its corner
+    QMenu* m_menu = nullptr; // owned by the tool bar
+    QAction* m_add = nullptr; // owned by the tool bar
+    QAction* m_edit = nullptr; // owned by the tool bar
+    QAction* m_info = nullptr; // owned by the tool bar
+    QAction* m_remove = nullptr; // owned by the tool bar
+};
+
+} // namespace TWB::Host
