@@ -11,13 +11,15 @@
 #include <QDesktopServices>
 #include <QProcess>
 
+#include <optional>
+
 namespace TWB::GUI {
 
 namespace {
 const char* const handledSchemes[] = {"file", "http", "https"};
 
-/// The edition and the support address, read from the configuration file once: they cannot change while
-/// the console runs, and the widgets that ask do so while they paint.
+/// The edition and the support address, read from the configuration file once, since widgets ask while
+/// they paint; only an explicit reread (after an installer changed the file) reads it again.
 struct Configuration
 {
     bool managed = SHARED::defines::common::is_fbs();
@@ -25,10 +27,18 @@ struct Configuration
         SHARED::defines::Path::ETC::CONFIG::tidewrackBackup_conf(), QStringLiteral("supportEmail"));
 };
 
+std::optional<Configuration>& cachedConfiguration()
+{
+    static std::optional<Configuration> read;
+    return read;
+}
+
 const Configuration& configuration()
 {
-    static const Configuration read;
-    return read;
+    auto& read = cachedConfiguration();
+    if (!read)
+        read.emplace();
+    return *read;
 }
 } // namespace
 
@@ -47,6 +57,11 @@ void Application::restart()
         QProcess::startDetached(program, parts);
     }
     QCoreApplication::quit();
+}
+
+void Application::rereadConfiguration()
+{
+    cachedConfiguration().reset();
 }
 
 bool Application::isStandalon()

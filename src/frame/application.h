@@ -19,6 +19,8 @@ public:
 
     /// Starts a new console and quits this one.
     static void restart();
+    /// Reads the edition and the support address again on their next use.
+    static void rereadConfiguration();
     static bool isStandalon();
     /// True in the managed edition.
     static bool isFbs();

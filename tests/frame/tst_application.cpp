@@ -231,6 +231,9 @@ private Q_SLOTS:
         config.close();
         QCOMPARE(Application::supportEmail(), QStringLiteral("help@harbour.example"));
         QVERIFY(Application::isFbs());
+        Application::rereadConfiguration();
+        QCOMPARE(Application::supportEmail(), QStringLiteral("other@harbour.example"));
+        QVERIFY(Application::isStandalon());
         QVERIFY(!Application::buildVersion().isEmpty());
         qunsetenv("TWB_SHARE_DIR");
     }

@@ -2,6 +2,7 @@
 // folder form through the storage page, the wizards' storage and notification pages, and a picture of
 // every dialog and page.
 
+#include "frame/application.h"
 #include "frame/model_manager.h"
 #include "frame/model_names.h"
 #include "frame/shared_model_creator.h"
@@ -150,6 +151,8 @@ private:
         QFile config(m_env->configFile());
         QVERIFY(config.open(QIODevice::WriteOnly | QIODevice::Truncate));
         config.write(managed ? "edition=managed\n" : "edition=standalone\n");
+        config.close();
+        TWB::GUI::Application::rereadConfiguration();
     }
 
 private Q_SLOTS:
