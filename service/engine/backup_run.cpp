@@ -383,6 +383,9 @@ void BackupRun::backup()
     m_stored.clear();
     m_sizes.clear();
     m_held.clear();
+    m_described.clear();
+    m_unsure.clear();
+    m_startMs = m_result.start.isValid() ? m_result.start.toMSecsSinceEpoch() : 0;
     resticCall(
         arguments, m_password, [this](const QByteArray& line) { onBackupLine(line); },
         [this](int exitCode, const QString& error) { onBackupEnded(exitCode, error); });
@@ -413,6 +416,8 @@ void BackupRun::onBackupLine(const QByteArray& line)
             m_stored.insert(item, qint64(message.value(QStringLiteral("data_size_in_repo")).toDouble()));
             m_sizes.insert(item, qint64(message.value(QStringLiteral("data_size")).toDouble()));
             m_held << item;
+            // Described now, while restic goes on, rather than all at once after it.
+            describeNow(item);
         } else if (action == QLatin1String("unchanged")) {
             m_held << item;
         }
@@ -460,6 +465,19 @@ void BackupRun::onBackupEnded(int exitCode, const QString& error)
     end(RunState::Fail, QStringLiteral("The backup failed: %1").arg(ResticOutput::reason(error, exitCode)));
 }
 
+void BackupRun::describeNow(const QString& path)
+{
+    // restic reports a file once it has read it. A file whose status has not changed since the run
+    // began still shows what restic read; one that changed since is listed from the snapshot.
+    const QFileInfo info(path);
+    const auto size = m_sizes.constFind(path);
+    const bool steady = info.exists() && info.metadataChangeTime().toMSecsSinceEpoch() < m_startMs
+        && (size == m_sizes.constEnd() || info.size() == *size);
+    m_described.insert(path, {path, info.size(), info.lastModified().toUTC()});
+    if (!steady)
+        m_unsure.insert(path);
+}
+
 void BackupRun::recordSnapshot()
 {
     setStatus(RunState::UpdatingRepository);
@@ -470,19 +488,11 @@ void BackupRun::recordSnapshot()
     // The size and time of each file that gets a version are those restic recorded. restic read
     // them from the disk during the run: a file whose status has not changed since the run began
     // still shows them, which costs a stat. Only when one changed since is the snapshot listed.
-    const qint64 startMs = m_result.start.isValid() ? m_result.start.toMSecsSinceEpoch() : 0;
-    m_described.clear();
-    m_unsure.clear();
+    // New and changed files were described while restic ran; what is left are files the catalog
+    // lacks although restic found them unchanged.
     for (const QString& path : qAsConst(m_held)) {
-        const bool changed = m_stored.contains(path);
-        if (!changed && m_live.contains(PlanPaths::toCatalog(path, m_snapshot.shares)))
-            continue;
-        const QFileInfo info(path);
-        const bool steady = info.exists() && info.metadataChangeTime().toMSecsSinceEpoch() < startMs
-            && (!changed || info.size() == m_sizes.value(path));
-        m_described.insert(path, {path, info.size(), info.lastModified().toUTC()});
-        if (!steady)
-            m_unsure.insert(path);
+        if (!m_described.contains(path) && !m_live.contains(PlanPaths::toCatalog(path, m_snapshot.shares)))
+            describeNow(path);
     }
     if (m_unsure.isEmpty()) {
         fillCatalog();

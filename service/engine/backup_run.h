@@ -45,6 +45,8 @@ private:
     void backup();
     void onBackupLine(const QByteArray& line);
     void onBackupEnded(int exitCode, const QString& error);
+    /// Size and time of a file restic has read, and whether they are surely those restic saw.
+    void describeNow(const QString& path);
     void recordSnapshot();
     void fillCatalog();
     void applyRetention();
@@ -80,6 +82,7 @@ private:
     SnapshotIndex::Live m_live; // what the plan's last backup held, read while restic runs
     QHash<QString, SnapshotFile> m_described; // what the catalog records of the files that get a version
     QSet<QString> m_unsure; // files whose status changed since the run began
+    qint64 m_startMs = 0; // when the run began
     bool m_retentionTouched = false; // snapshots may have been forgotten: the catalog must follow
     bool m_finishing = false; // a step that a stop lets finish runs
     bool m_matchedFirst = false; // the catalog was matched before this run's retention
