@@ -7,6 +7,7 @@
 #include "service/store/store_time.h"
 #include "service/store/transaction.h"
 
+#include <algorithm>
 #include <limits>
 #include <vector>
 
@@ -64,9 +65,32 @@ void bindUnder(QSqlQuery& query, const QUuid& account, const QString& prefix, co
 } // namespace
 
 int SnapshotIndex::record(const SnapshotRecord& snapshot, const QStringList& held,
-    const QHash<QString, qint64>& changed, bool compressed, const Describe& describe, std::optional<Live> live)
+    const QHash<QString, qint64>& changed, bool compressed, bool encrypted, const Describe& describe,
+    std::optional<Live> live)
 {
     Transaction transaction(m_database);
+    const int added = recordInto(snapshot, held, changed, compressed, encrypted, describe, live);
+    transaction.commit();
+    return added;
+}
+
+void SnapshotIndex::rebuild(const QUuid& plan, const QList<PendingSnapshot>& snapshots, bool compressed, bool encrypted)
+{
+    Transaction transaction(m_database);
+    dropInto(plan);
+    for (const PendingSnapshot& pending : snapshots) {
+        recordInto(
+            pending.snapshot, pending.held, pending.changed, compressed, encrypted,
+            [&pending](const QString& path) { return pending.files.value(path); }, std::nullopt);
+    }
+    pruneEntries();
+    transaction.commit();
+}
+
+int SnapshotIndex::recordInto(const SnapshotRecord& snapshot, const QStringList& held,
+    const QHash<QString, qint64>& changed, bool compressed, bool encrypted, const Describe& describe,
+    const std::optional<Live>& live)
+{
     QSqlQuery insert = m_database.prepare(
         QStringLiteral("INSERT OR REPLACE INTO catalog_snapshots (%1) VALUES (?, ?, ?, ?, ?, ?)").arg(snapshotColumns));
     insert.addBindValue(Database::text(snapshot.plan.toString()));
@@ -118,7 +142,8 @@ int SnapshotIndex::record(const SnapshotRecord& snapshot, const QStringList& hel
         version.modified = file.modified;
         version.originalSize = file.size;
         version.size = changed.value(file.path, file.size);
-        version.encrypted = true; // restic encrypts every repository
+        // restic encrypts every repository, but one whose key follows from the plan's id is open.
+        version.encrypted = encrypted;
         version.compressed = compressed;
         version.plan = snapshot.plan;
         if (!VersionCatalog::isValidPath(it.key())) {
@@ -128,7 +153,6 @@ int SnapshotIndex::record(const SnapshotRecord& snapshot, const QStringList& hel
         catalog.addVersion(snapshot.account, snapshot.prefix, it.key(), version);
         ++added;
     }
-    transaction.commit();
     return added;
 }
 
@@ -231,13 +255,131 @@ void SnapshotIndex::forget(const QUuid& plan, const QSet<QString>& removed)
 void SnapshotIndex::dropPlan(const QUuid& plan)
 {
     Transaction transaction(m_database);
+    dropInto(plan);
+    pruneEntries();
+    transaction.commit();
+}
+
+void SnapshotIndex::dropInto(const QUuid& plan)
+{
     for (const QString& table : {QStringLiteral("catalog_versions"), QStringLiteral("catalog_snapshots")}) {
         QSqlQuery query = m_database.prepare(QStringLiteral("DELETE FROM %1 WHERE plan_id = ?").arg(table));
         query.addBindValue(Database::text(plan.toString()));
         m_database.exec(query);
     }
-    pruneEntries();
-    transaction.commit();
+}
+
+QStringList SnapshotIndex::forgettable(const QUuid& plan, const FileRetention& rules)
+{
+    const QList<SnapshotRecord> all = snapshots(plan);
+    if (all.size() < 2 || rules.keepsEverything())
+        return {};
+    std::vector<qint64> times;
+    times.reserve(size_t(all.size()));
+    for (const SnapshotRecord& snapshot : all)
+        times.push_back(snapshot.timeMs);
+    // Each version that must stay needs one snapshot that holds it: one within [from, until).
+    // Those still held by the newest snapshot have it.
+    std::vector<std::pair<qint64, qint64>> spans; // (until, from)
+    const auto keep = [&](qint64 from, qint64 until) {
+        if (until != 0)
+            spans.emplace_back(until, from);
+    };
+
+    QSqlQuery query = m_database.prepare(
+        QStringLiteral("SELECT v.entry_id, s.time_ms, v.gone_ms, v.modified_utc FROM catalog_versions v "
+                       "JOIN catalog_snapshots s ON s.plan_id = v.plan_id AND s.snapshot = v.snapshot "
+                       "WHERE v.plan_id = ? ORDER BY v.entry_id, s.time_ms"));
+    query.setForwardOnly(true);
+    query.addBindValue(Database::text(plan.toString()));
+    m_database.exec(query);
+    struct Version
+    {
+        qint64 from;
+        qint64 until;
+        qint64 modified;
+    };
+    std::vector<Version> file;
+    const auto decide = [&] {
+        if (file.empty())
+            return;
+        const Version& newest = file.back();
+        // A file that the last backups no longer hold was deleted locally, or could not be read,
+        // from the first backup that missed it.
+        const bool deleted = newest.until != 0;
+        const bool deletedLongAgo = deleted && rules.deletedBeforeMs > 0 && newest.until < rules.deletedBeforeMs;
+        const int count = int(file.size());
+        for (int i = 0; i < count; ++i) {
+            const Version& version = file[size_t(i)];
+            const int rank = count - 1 - i; // 0 is the newest version
+            bool mayGo = deletedLongAgo;
+            if (!mayGo && !(rank == 0 && (deleted || rules.keepLast))) {
+                const bool byCount = rules.keepVersions > 0 && rank >= rules.keepVersions;
+                const qint64 age = rules.ageFromModification ? version.modified : version.from;
+                const bool byAge = rules.olderThanMs > 0 && age < rules.olderThanMs;
+                // Where both rules are on, a version goes only when neither keeps it.
+                mayGo = (rules.keepVersions > 0 || rules.olderThanMs > 0) && (rules.keepVersions <= 0 || byCount)
+                    && (rules.olderThanMs <= 0 || byAge);
+            }
+            if (!mayGo)
+                keep(version.from, version.until);
+        }
+        file.clear();
+    };
+    qint64 entry = -1;
+    while (query.next()) {
+        const qint64 id = query.value(0).toLongLong();
+        if (id != entry) {
+            decide();
+            entry = id;
+        }
+        const QDateTime modified
+            = rules.ageFromModification ? StoreTime::fromText(query.value(3).toString()) : QDateTime();
+        file.push_back({query.value(1).toLongLong(), query.value(2).toLongLong(),
+            modified.isValid() ? modified.toMSecsSinceEpoch() : 0});
+    }
+    decide();
+
+    // The fewest snapshots that hold every such version: taking spans by their end, a span
+    // that no kept snapshot falls in yet keeps its latest snapshot, which serves the most spans
+    // that end later.
+    std::sort(spans.begin(), spans.end());
+    std::vector<bool> kept(times.size(), false);
+    kept.back() = true;
+    qint64 lastKept = std::numeric_limits<qint64>::min();
+    for (const auto& [until, from] : spans) {
+        if (lastKept >= from && lastKept < until)
+            continue;
+        const auto end = std::lower_bound(times.begin(), times.end(), until) - times.begin();
+        if (end == 0 || times[size_t(end - 1)] < from) {
+            // No snapshot the catalog knows holds it: keep them all rather than guess.
+            return {};
+        }
+        kept[size_t(end - 1)] = true;
+        lastKept = times[size_t(end - 1)];
+    }
+    QStringList result;
+    for (size_t i = 0; i < times.size(); ++i) {
+        if (!kept[i])
+            result << all.at(int(i)).id;
+    }
+    return result;
+}
+
+int SnapshotIndex::keepOnly(const QUuid& plan, const QSet<QString>& present)
+{
+    QSet<QString> gone;
+    const QList<SnapshotRecord> all = snapshots(plan);
+    for (const SnapshotRecord& snapshot : all) {
+        bool found = present.contains(snapshot.id);
+        // The catalog may hold the short form of an id, or the full one.
+        for (auto it = present.constBegin(); !found && it != present.constEnd(); ++it)
+            found = !snapshot.id.isEmpty() && (it->startsWith(snapshot.id) || snapshot.id.startsWith(*it));
+        if (!found)
+            gone.insert(snapshot.id);
+    }
+    forget(plan, gone);
+    return gone.size();
 }
 
 void SnapshotIndex::pruneEntries()

@@ -137,8 +137,9 @@ qint64 VersionCatalog::ensureEntry(const QUuid& account, const QString& prefix, 
         return found;
     };
     // A new version of a known file is the common case after a backup: one look-up, no write.
+    std::optional<std::pair<qint64, bool>> known;
     if (isFile) {
-        const auto known = lookUp();
+        known = lookUp();
         if (known && known->second)
             return known->first;
     }
@@ -156,6 +157,12 @@ qint64 VersionCatalog::ensureEntry(const QUuid& account, const QString& prefix, 
     m_database.exec(upsert);
     if (!isFile)
         return 0;
+    // A new row names itself; a folder that became a file is looked up again.
+    if (!known) {
+        const QVariant id = upsert.lastInsertId();
+        if (id.isValid())
+            return id.toLongLong();
+    }
     const auto made = lookUp();
     return made ? made->first : 0;
 }

@@ -19,6 +19,8 @@
 #include <QPointer>
 #include <QThreadPool>
 
+#include <sys/stat.h>
+
 namespace TWB::Service {
 
 using TWB::Info::Plan::Backup;
@@ -64,10 +66,10 @@ const BackupFile& BackupRun::files() const
     return static_cast<const BackupFile&>(*m_plan);
 }
 
-EngineCall BackupRun::restic(const QStringList& arguments, const QString& password) const
+void BackupRun::resticCall(
+    const QStringList& arguments, const QString& password, EngineProcess::LineHandler onLine, Done done, bool always)
 {
-    return EngineCall::restic(
-        m_target, m_repository, password, m_places.cacheDir(), m_places.rcloneConfig(), arguments);
+    callRestic(m_target, m_repository, password, arguments, std::move(onLine), std::move(done), always);
 }
 
 bool BackupRun::writeList(const QString& name, const QStringList& lines)
@@ -251,15 +253,10 @@ void BackupRun::rotateKey(const QString& from)
     }
     const QStringList arguments = {QStringLiteral("key"), QStringLiteral("passwd"),
         QStringLiteral("--new-password-file"), runFolder() + QStringLiteral("/new-key")};
-    call(restic(arguments, from), nullptr, [this, from](int exitCode, const QString& error) {
+    resticCall(arguments, from, nullptr, [this, from](int exitCode, const QString& error) {
         QFile::remove(runFolder() + QStringLiteral("/new-key"));
         if (exitCode != 0 && ResticOutput::noRepository(error)) {
             initRepository();
-            return;
-        }
-        if (exitCode != 0 && ResticOutput::locked(error) && !m_triedUnlock) {
-            m_password = from;
-            unlockThen([this, from] { rotateKey(from); });
             return;
         }
         if (exitCode != 0) {
@@ -288,7 +285,7 @@ void BackupRun::initRepository()
     setStatus(RunState::Preparing);
     m_password = m_desired;
     const QStringList arguments = {QStringLiteral("init"), QStringLiteral("--repository-version"), QStringLiteral("2")};
-    call(restic(arguments, m_password), nullptr, [this](int exitCode, const QString& error) {
+    resticCall(arguments, m_password, nullptr, [this](int exitCode, const QString& error) {
         if (exitCode != 0) {
             end(RunState::Fail,
                 QStringLiteral("Cannot create the plan's repository: %1").arg(ResticOutput::reason(error, exitCode)));
@@ -312,7 +309,7 @@ void BackupRun::addOpenKey(std::function<void()> next)
     const QStringList arguments = {QStringLiteral("key"), QStringLiteral("add"), QStringLiteral("--user"),
         RepositoryKeyStore::openKeyUser(), QStringLiteral("--host"), planId().toString(QUuid::WithoutBraces),
         QStringLiteral("--new-password-file"), runFolder() + QStringLiteral("/open-key")};
-    call(restic(arguments, m_password), nullptr, [this, next](int exitCode, const QString& error) {
+    resticCall(arguments, m_password, nullptr, [this, next](int exitCode, const QString& error) {
         QFile::remove(runFolder() + QStringLiteral("/open-key"));
         if (exitCode != 0)
             warn(QStringLiteral("Another machine will not open this plan's backups: %1")
@@ -325,8 +322,8 @@ void BackupRun::removeOpenKeys(std::function<void()> next)
 {
     const QStringList arguments = {QStringLiteral("key"), QStringLiteral("list"), QStringLiteral("--json")};
     auto listed = std::make_shared<QByteArray>();
-    call(
-        restic(arguments, m_password), [listed](const QByteArray& line) { *listed += line; },
+    resticCall(
+        arguments, m_password, [listed](const QByteArray& line) { *listed += line; },
         [this, listed, next](int exitCode, const QString& error) {
             if (exitCode != 0) {
                 warn(QStringLiteral("Cannot list the keys of the repository: %1")
@@ -340,7 +337,7 @@ void BackupRun::removeOpenKeys(std::function<void()> next)
                 if (object.value(QStringLiteral("userName")).toString() != RepositoryKeyStore::openKeyUser())
                     continue;
                 const QString id = object.value(QStringLiteral("id")).toString();
-                call(restic({QStringLiteral("key"), QStringLiteral("remove"), id}, m_password), nullptr,
+                resticCall({QStringLiteral("key"), QStringLiteral("remove"), id}, m_password, nullptr,
                     [this, next](int removed, const QString& why) {
                         if (removed != 0)
                             warn(QStringLiteral("The repository keeps a key that opens it without the plan's "
@@ -353,13 +350,6 @@ void BackupRun::removeOpenKeys(std::function<void()> next)
             }
             next();
         });
-}
-
-void BackupRun::unlockThen(std::function<void()> next)
-{
-    m_triedUnlock = true;
-    // restic removes only locks whose process is gone; a lock of a live restic stays.
-    call(restic({QStringLiteral("unlock")}, m_password), nullptr, [next](int, const QString&) { next(); });
 }
 
 void BackupRun::backup()
@@ -395,8 +385,11 @@ void BackupRun::backup()
     m_stored.clear();
     m_sizes.clear();
     m_held.clear();
-    call(
-        restic(arguments, m_password), [this](const QByteArray& line) { onBackupLine(line); },
+    m_described.clear();
+    m_unsure.clear();
+    m_startMs = m_result.start.isValid() ? m_result.start.toMSecsSinceEpoch() : 0;
+    resticCall(
+        arguments, m_password, [this](const QByteArray& line) { onBackupLine(line); },
         [this](int exitCode, const QString& error) { onBackupEnded(exitCode, error); });
     try {
         m_live = SnapshotIndex(m_database).liveVersions(planId());
@@ -425,6 +418,8 @@ void BackupRun::onBackupLine(const QByteArray& line)
             m_stored.insert(item, qint64(message.value(QStringLiteral("data_size_in_repo")).toDouble()));
             m_sizes.insert(item, qint64(message.value(QStringLiteral("data_size")).toDouble()));
             m_held << item;
+            // Described now, while restic goes on, rather than all at once after it.
+            describeNow(item);
         } else if (action == QLatin1String("unchanged")) {
             m_held << item;
         }
@@ -455,10 +450,6 @@ void BackupRun::onBackupEnded(int exitCode, const QString& error)
         initRepository();
         return;
     }
-    if (ResticOutput::locked(error) && !m_triedUnlock) {
-        unlockThen([this] { backup(); });
-        return;
-    }
     if (ResticOutput::wrongPassword(error)) {
         // A repository made by this plan elsewhere, or before the service lost its store, still
         // has its open key when the plan never had a password.
@@ -476,6 +467,26 @@ void BackupRun::onBackupEnded(int exitCode, const QString& error)
     end(RunState::Fail, QStringLiteral("The backup failed: %1").arg(ResticOutput::reason(error, exitCode)));
 }
 
+void BackupRun::describeNow(const QString& path)
+{
+    // restic reports a file once it has read it. A file whose status has not changed since the run
+    // began still shows what restic read; one that changed since is listed from the snapshot.
+    // One stat call, and times in UTC: thousands of files pass here, and a local time costs a look
+    // at the time zone each.
+    struct stat info;
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0) {
+        m_described.insert(path, {path, 0, QDateTime()});
+        m_unsure.insert(path);
+        return;
+    }
+    const auto ms = [](const struct timespec& time) { return qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000; };
+    const auto size = m_sizes.constFind(path);
+    const bool steady = ms(info.st_ctim) < m_startMs && (size == m_sizes.constEnd() || qint64(info.st_size) == *size);
+    m_described.insert(path, {path, qint64(info.st_size), QDateTime::fromMSecsSinceEpoch(ms(info.st_mtim), Qt::UTC)});
+    if (!steady)
+        m_unsure.insert(path);
+}
+
 void BackupRun::recordSnapshot()
 {
     setStatus(RunState::UpdatingRepository);
@@ -483,70 +494,147 @@ void BackupRun::recordSnapshot()
     m_snapshot.plan = planId();
     m_snapshot.account = m_account.id;
     m_snapshot.prefix = m_account.prefix;
-    // restic's verbose output names every file the snapshot holds; the size and time of those that
-    // get a version are read from the disk, which costs a stat each rather than a listing of the
-    // whole snapshot.
-    QHash<QString, SnapshotFile> described;
-    const auto describe = [&described](const QString& path) {
+    // The size and time of each file that gets a version are those restic recorded. restic read
+    // them from the disk during the run: a file whose status has not changed since the run began
+    // still shows them, which costs a stat. Only when one changed since is the snapshot listed.
+    // New and changed files were described while restic ran; what is left are files the catalog
+    // lacks although restic found them unchanged.
+    for (const QString& path : qAsConst(m_held)) {
+        if (!m_described.contains(path) && !m_live.contains(PlanPaths::toCatalog(path, m_snapshot.shares)))
+            describeNow(path);
+    }
+    if (m_unsure.isEmpty()) {
+        fillCatalog();
+        return;
+    }
+    TWL::TwlDebug("TWB").debug() << "Run of" << planId().toString() << ":" << m_unsure.size()
+                                 << "files changed during the backup; reading the snapshot's own record";
+    auto first = std::make_shared<bool>(true);
+    m_finishing = true;
+    steps().runRestic(
+        m_target, m_repository, m_password,
+        {QStringLiteral("ls"), QStringLiteral("--json"), QStringLiteral("--no-lock"), m_shortId},
+        [this, first](const QByteArray& line) {
+            if (*first) { // the snapshot itself
+                *first = false;
+                return;
+            }
+            const QJsonObject node = ResticOutput::object(line);
+            const QString path = node.value(QStringLiteral("path")).toString();
+            if (!m_unsure.contains(path))
+                return;
+            m_described.insert(path,
+                {path, qint64(node.value(QStringLiteral("size")).toDouble()),
+                    ResticOutput::time(node.value(QStringLiteral("mtime")).toString())});
+        },
+        [this](int exitCode, const QString& error, const QByteArray&) {
+            m_finishing = false;
+            if (exitCode != 0)
+                warn(QStringLiteral("The times of files changed during the backup are those after it: %1")
+                         .arg(ResticOutput::reason(error, exitCode)));
+            fillCatalog();
+        },
+        true);
+}
+
+void BackupRun::fillCatalog()
+{
+    const auto describe = [this](const QString& path) {
+        const auto found = m_described.constFind(path);
+        if (found != m_described.constEnd())
+            return *found;
         const QFileInfo info(path);
-        const SnapshotFile file {path, info.size(), info.lastModified().toUTC()};
-        described.insert(path, file);
-        return file;
+        return SnapshotFile {path, info.size(), info.lastModified().toUTC()};
     };
     QElapsedTimer clock;
     clock.start();
     try {
-        const int added = SnapshotIndex(m_database)
-                              .record(m_snapshot, m_held, m_stored, files().useCompression(), describe, m_live);
+        const int added
+            = SnapshotIndex(m_database)
+                  .record(m_snapshot, m_held, m_stored, files().useCompression(), !m_generated, describe, m_live);
         TWL::TwlDebug("TWB").debug() << "Run of" << planId().toString() << ": the catalog took" << added
                                      << "versions of" << m_held.size() << "files in" << clock.elapsed() << "ms";
     } catch (const QString& text) {
         warn(QStringLiteral("The catalog could not take the backup: %1").arg(text));
     }
-    for (auto it = m_sizes.constBegin(); it != m_sizes.constEnd(); ++it) {
-        const SnapshotFile file = described.contains(it.key()) ? described.value(it.key()) : describe(it.key());
-        addOperation(FileOperationRecord::Uploaded, it.key(), it.value(), file.modified);
-    }
-    applyRetention();
+    for (auto it = m_sizes.constBegin(); it != m_sizes.constEnd(); ++it)
+        addOperation(FileOperationRecord::Uploaded, it.key(), it.value(), describe(it.key()).modified);
+    m_described.clear();
+    if (isStopping())
+        finishStopped();
+    else
+        applyRetention();
 }
 
 void BackupRun::applyRetention()
 {
-    const QStringList keep = RetentionRules::keepArguments(
-        files().retentionPolicy(), DefaultRetention::fromOptions(m_places.optionsFile()));
-    if (keep.isEmpty()) {
+    // A service killed during the plan's last retention left the catalog unmatched: match it first.
+    if (!m_matchedFirst && QFile::exists(m_places.retentionMark(planId()))) {
+        m_matchedFirst = true;
+        setStatus(RunState::PurgingFiles);
+        reconcile([this] { applyRetention(); });
+        return;
+    }
+    const FileRetention rules = RetentionRules::of(files().retentionPolicy(),
+        DefaultRetention::fromOptions(m_places.optionsFile()), QDateTime::currentDateTimeUtc());
+    QStringList doomed;
+    try {
+        doomed = SnapshotIndex(m_database).forgettable(planId(), rules);
+    } catch (const QString& text) {
+        warn(QStringLiteral("Retention did not run: the catalog cannot be read: %1").arg(text));
+    }
+    if (doomed.isEmpty()) {
         end(RunState::Success, QString());
         return;
     }
     setStatus(RunState::PurgingFiles);
-    auto removed = std::make_shared<QSet<QString>>();
-    call(
-        restic(RetentionRules::forgetArguments(keep), m_password),
-        [removed](const QByteArray& line) {
-            if (!line.trimmed().startsWith('['))
-                return;
-            const QJsonArray groups = QJsonDocument::fromJson(line.trimmed()).array();
-            for (const QJsonValue& group : groups) {
-                const QJsonArray gone = group.toObject().value(QStringLiteral("remove")).toArray();
-                // The catalog names a snapshot by the id its backup reported, which is the short one.
-                for (const QJsonValue& snapshot : gone) {
-                    removed->insert(snapshot.toObject().value(QStringLiteral("id")).toString());
-                    removed->insert(snapshot.toObject().value(QStringLiteral("short_id")).toString());
-                }
+    m_retentionTouched = true;
+    QFile mark(m_places.retentionMark(planId()));
+    if (mark.open(QIODevice::WriteOnly))
+        mark.close();
+    TWL::TwlDebug("TWB").info() << "Run of" << planId().toString() << ": retention forgets" << doomed.size()
+                                << "snapshots";
+    resticCall(
+        RetentionRules::forgetArguments(doomed), m_password, nullptr, [this](int exitCode, const QString& error) {
+            if (exitCode != 0)
+                warn(QStringLiteral("Retention failed: %1").arg(ResticOutput::reason(error, exitCode)));
+            reconcile([this] { end(RunState::Success, QString()); });
+        });
+}
+
+void BackupRun::reconcile(std::function<void()> next)
+{
+    // Whatever ended the retention, the catalog keeps only what the repository still holds.
+    m_finishing = true;
+    steps().runRestic(
+        m_target, m_repository, m_password, {QStringLiteral("snapshots"), QStringLiteral("--json")}, nullptr,
+        [this, next](int exitCode, const QString& error, const QByteArray& output) {
+            m_finishing = false;
+            m_retentionTouched = false;
+            QSet<QString> present;
+            const QJsonArray list = QJsonDocument::fromJson(output).array();
+            for (const QJsonValue& value : list) {
+                present.insert(value.toObject().value(QStringLiteral("id")).toString());
+                present.insert(value.toObject().value(QStringLiteral("short_id")).toString());
             }
-        },
-        [this, removed](int exitCode, const QString& error) {
-            if (!removed->isEmpty()) {
+            present.remove(QString());
+            if (exitCode != 0 || present.isEmpty()) {
+                warn(QStringLiteral("The catalog could not be matched with the repository: %1")
+                         .arg(ResticOutput::reason(error, exitCode)));
+            } else {
                 try {
-                    SnapshotIndex(m_database).forget(planId(), *removed);
+                    SnapshotIndex(m_database).keepOnly(planId(), present);
+                    QFile::remove(m_places.retentionMark(planId()));
                 } catch (const QString& text) {
                     warn(QStringLiteral("The catalog could not follow the retention: %1").arg(text));
                 }
             }
-            if (exitCode != 0)
-                warn(QStringLiteral("Retention failed: %1").arg(ResticOutput::reason(error, exitCode)));
-            end(RunState::Success, QString());
-        });
+            if (isStopping())
+                finishStopped();
+            else
+                next();
+        },
+        true);
 }
 
 void BackupRun::end(int state, const QString& message)
@@ -584,7 +672,23 @@ void BackupRun::runPostAction(int state, const QString& message)
     });
 }
 
+bool BackupRun::finishingStep() const
+{
+    return m_finishing;
+}
+
 void BackupRun::onStopped()
+{
+    if (m_finishing)
+        return; // the step ends the run when it is done
+    if (m_retentionTouched) {
+        reconcile([] {});
+        return;
+    }
+    finishStopped();
+}
+
+void BackupRun::finishStopped()
 {
     m_result.uploadedCount = m_sizes.size();
     m_result.uploadedSize = m_dataAdded;

@@ -28,10 +28,12 @@ public:
 protected:
     void begin(bool forceFull) override;
     void onStopped() override;
+    bool finishingStep() const override;
 
 private:
     const TWB::Info::Plan::BackupFile& files() const;
-    EngineCall restic(const QStringList& arguments, const QString& password) const;
+    void resticCall(const QStringList& arguments, const QString& password, EngineProcess::LineHandler onLine, Done done,
+        bool always = false);
 
     void runPreAction();
     void prepareSelection();
@@ -40,12 +42,16 @@ private:
     void initRepository();
     void addOpenKey(std::function<void()> next);
     void removeOpenKeys(std::function<void()> next);
-    void unlockThen(std::function<void()> next);
     void backup();
     void onBackupLine(const QByteArray& line);
     void onBackupEnded(int exitCode, const QString& error);
+    /// Size and time of a file restic has read, and whether they are surely those restic saw.
+    void describeNow(const QString& path);
     void recordSnapshot();
+    void fillCatalog();
     void applyRetention();
+    void reconcile(std::function<void()> next);
+    void finishStopped();
     void end(int state, const QString& message);
     void runPostAction(int state, const QString& message);
     void runAction(
@@ -62,7 +68,6 @@ private:
     bool m_keyKnown = false; // the store holds the key that opens the repository
     bool m_force = false;
     bool m_triedInit = false;
-    bool m_triedUnlock = false;
     bool m_triedOpenKey = false;
 
     // What restic reported.
@@ -75,6 +80,12 @@ private:
     qint64 m_bytesProcessed = 0;
     SnapshotRecord m_snapshot;
     SnapshotIndex::Live m_live; // what the plan's last backup held, read while restic runs
+    QHash<QString, SnapshotFile> m_described; // what the catalog records of the files that get a version
+    QSet<QString> m_unsure; // files whose status changed since the run began
+    qint64 m_startMs = 0; // when the run began
+    bool m_retentionTouched = false; // snapshots may have been forgotten: the catalog must follow
+    bool m_finishing = false; // a step that a stop lets finish runs
+    bool m_matchedFirst = false; // the catalog was matched before this run's retention
 };
 
 } // namespace TWB::Service

@@ -124,6 +124,9 @@ void Engine::start(const QUuid& id, bool forceFull)
         throw QStringLiteral("The plan \"%1\" has no storage account").arg(plan->name());
     if (!AccountStore(m_database).find(plan->storage()))
         throw QStringLiteral("The storage account of the plan \"%1\" does not exist").arg(plan->name());
+    // A synchronisation rebuilds the catalogs of the account's plans: no backup may add to them meanwhile.
+    if (isSynchronising(plan->storage()))
+        throw QStringLiteral("The storage account of the plan \"%1\" is being synchronised").arg(plan->name());
     const auto* backupFiles = dynamic_cast<const TWB::Info::Plan::BackupFile*>(plan.get());
     const auto* restoreFiles = dynamic_cast<const TWB::Info::Plan::RestoreFile*>(plan.get());
     if ((backupFiles && backupFiles->items().isEmpty()) || (restoreFiles && restoreFiles->restoreItems().isEmpty()))
@@ -157,6 +160,32 @@ void Engine::start(const QUuid& id, bool forceFull)
     m_server.broadcast(
         QLatin1String(Type::PlanStateChanged), {{QStringLiteral("id"), id.toString()}, {QStringLiteral("state"), 1}});
     run->start(forceFull);
+}
+
+void Engine::recordRefused(const QUuid& id, const QString& reason)
+{
+    PlanStore plans(m_database);
+    const std::optional<PlanRecord> plan = plans.find(id);
+    if (!plan)
+        return;
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    RunRecord history;
+    history.plan = id;
+    history.planName = plan->name;
+    history.operation = plan->subtype == 2 ? 1 : 0;
+    history.result = RunState::Fail;
+    history.start = now;
+    history.errorMessage = QStringLiteral("The scheduled run did not start: %1").arg(reason);
+    PlanRecord::LastRun last;
+    last.status = RunState::Fail;
+    last.message = history.errorMessage;
+    last.time = now;
+    Transaction transaction(m_database);
+    HistoryStore store(m_database);
+    store.addRun(history);
+    plans.setLastRun(id, last);
+    transaction.commit();
+    TWL::TwlDebug("TWB").warning() << "The scheduled run of" << id.toString() << "did not start:" << reason;
 }
 
 void Engine::record(PlanRun* run, bool notify)
@@ -267,6 +296,11 @@ void Engine::synchronize(const QJsonObject& request, const Responder& respond)
         throw params.fault("id", QStringLiteral("names no storage account: %1").arg(account.toString()));
     if (m_syncs.value(account))
         throw QStringLiteral("The storage account %1 is being synchronised already").arg(account.toString());
+    for (const QPointer<PlanRun>& run : qAsConst(m_runs)) {
+        if (run && run->plan().storage() == account)
+            throw QStringLiteral("The plan \"%1\" of the storage account is running; synchronise when it has ended")
+                .arg(run->plan().name());
+    }
     auto* sync = new RepositorySync(m_database, m_server, m_places, account, password, this);
     m_syncs.insert(account, sync);
     connect(sync, &RepositorySync::finished, this, [this, account, sync] {

@@ -40,6 +40,9 @@ public:
     /// Starts a run; throws the reason when the plan cannot run now.
     void start(const QUuid& plan, bool forceFull);
     bool isRunning(const QUuid& plan) const { return m_runs.contains(plan); }
+    /// Writes down a run that was due but could not start: a history entry that failed with the
+    /// reason, which becomes the plan's last result.
+    void recordRefused(const QUuid& plan, const QString& reason);
     int runningCount() const { return m_runs.size(); }
     bool isSynchronising(const QUuid& account) const { return !m_syncs.value(account).isNull(); }
 

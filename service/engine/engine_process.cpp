@@ -37,14 +37,19 @@ EngineProcess::~EngineProcess()
 
 void EngineProcess::setupChildProcess()
 {
-    // Runs in the child between fork and exec: the kernel sends SIGTERM when the service dies.
-    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    // Runs in the child between fork and exec. When the service dies the kernel interrupts the
+    // program as a terminal would: SIGINT is what makes restic remove its lock before it ends.
+    ::prctl(PR_SET_PDEATHSIG, SIGINT);
+    // The service may have died before the line above: then nobody would send it.
+    if (::getppid() != pid_t(m_service))
+        ::raise(SIGINT);
 }
 
 void EngineProcess::begin(const EngineCall& call, LineHandler onLine, const QByteArray& input)
 {
     m_onLine = std::move(onLine);
     m_input = input;
+    m_service = qint64(::getpid());
     setProcessEnvironment(call.environment);
     setProgram(call.program);
     setArguments(call.arguments);

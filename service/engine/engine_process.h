@@ -54,6 +54,7 @@ private:
     QByteArray m_errPending;
     QByteArray m_input;
     bool m_ended = false;
+    qint64 m_service = 0; // the service's process id, which the child compares with its parent's
 };
 
 } // namespace TWB::Service

@@ -19,6 +19,16 @@ PlanRun::PlanRun(
     , m_places(places)
     , m_plan(std::move(plan))
 {
+    m_steps = new EngineSteps(m_places, m_places.runFolder(planId()), this);
+    m_steps->setGate([this] {
+        if (m_finished)
+            return false;
+        if (isStopping()) {
+            onStopped();
+            return false;
+        }
+        return true;
+    });
     m_progressTimer.setInterval(1000);
     connect(&m_progressTimer, &QTimer::timeout, this, &PlanRun::emitProgress);
     m_limitTimer.setSingleShot(true);
@@ -26,10 +36,7 @@ PlanRun::PlanRun(
     connect(&m_limitTimer, &QTimer::timeout, this, [this] { stop(StopReason::TimeLimit); });
 }
 
-PlanRun::~PlanRun()
-{
-    QDir(runFolder()).removeRecursively();
-}
+PlanRun::~PlanRun() = default;
 
 QUuid PlanRun::planId() const
 {
@@ -45,14 +52,8 @@ void PlanRun::start(bool forceFull)
 {
     m_clock.start();
     m_result.start = QDateTime::currentDateTimeUtc();
-    QDir().mkpath(m_places.cacheDir());
-    QFile config(m_places.rcloneConfig());
-    if (!config.exists() && config.open(QIODevice::WriteOnly))
-        config.close();
     // Lists and key files of a run hold paths and secrets: only the service's user may read them.
-    QDir(runFolder()).removeRecursively();
-    QDir().mkpath(runFolder());
-    QFile::setPermissions(runFolder(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    m_steps->makeFolder(&m_folderError);
     const unsigned long long limit = m_plan->schedule().stopAfter();
     if (limit > 0)
         m_limitTimer.start(int(qMin<unsigned long long>(limit * 1000, std::numeric_limits<int>::max())));
@@ -62,6 +63,8 @@ void PlanRun::start(bool forceFull)
     QTimer::singleShot(0, this, [this, forceFull] {
         if (isStopping())
             onStopped();
+        else if (!m_folderError.isEmpty())
+            complete(RunState::Fail, m_folderError);
         else
             begin(forceFull);
     });
@@ -75,9 +78,11 @@ void PlanRun::stop(StopReason reason)
     TWL::TwlDebug("TWB").info() << "Stopping the run of plan" << planId().toString();
     setStatus(RunState::Stopping);
     emitProgress();
-    if (m_process) {
+    if (m_steps->isRunning() && finishingStep() && reason != StopReason::Shutdown) {
+        return;
+    } else if (m_steps->isRunning()) {
         // Shutdown waits for no one: a service that stops kills its processes soon.
-        m_process->interrupt(reason == StopReason::Shutdown ? 3000 : 15000);
+        m_steps->interrupt(reason == StopReason::Shutdown ? 3000 : 15000);
     } else {
         interruptStep();
     }
@@ -110,76 +115,32 @@ void PlanRun::onStopped()
 
 void PlanRun::call(const EngineCall& call, EngineProcess::LineHandler onLine, Done done, const QByteArray& input)
 {
-    auto* process = new EngineProcess(this);
-    m_process = process;
-    QElapsedTimer clock;
-    clock.start();
-    connect(process, &EngineProcess::ended, this, [this, process, done, clock](int exitCode) {
-        TWL::TwlDebug("TWB").debug() << "Run of" << planId().toString() << ":" << process->program() << "ended with"
-                                     << exitCode << "after" << clock.elapsed() << "ms";
-        const QString error = process->errorText();
-        process->deleteLater();
-        if (m_process == process)
-            m_process = nullptr;
-        if (m_finished)
-            return;
-        if (isStopping()) {
-            onStopped();
-            return;
-        }
-        done(exitCode, error);
-    });
-    TWL::TwlDebug("TWB").debug() << "Run of" << planId().toString() << "starts" << call.program
-                                 << call.arguments.join(QLatin1Char(' '));
-    process->begin(call, std::move(onLine), input);
+    m_steps->run(
+        call, std::move(onLine),
+        [done](int exitCode, const QString& error, const QByteArray&) { done(exitCode, error); }, input);
+}
+
+void PlanRun::callRestic(const BackendTarget& target, const QString& repository, const QString& password,
+    const QStringList& arguments, EngineProcess::LineHandler onLine, Done done, bool always)
+{
+    m_steps->runRestic(
+        target, repository, password, arguments, std::move(onLine),
+        [done](int exitCode, const QString& error, const QByteArray&) { done(exitCode, error); }, always);
 }
 
 void PlanRun::obscureSecrets(BackendTarget& target, std::function<void()> next)
 {
-    if (target.obscured.isEmpty()) {
-        next();
-        return;
-    }
-    const QString key = target.obscured.takeFirst();
-    EngineCall obscure;
-    obscure.program = EngineCall::rcloneProgram();
-    obscure.environment = EngineCall::cleanEnvironment();
-    // The secret goes in on stdin: "-" makes rclone read it from there.
-    obscure.arguments = QStringList {QStringLiteral("obscure"), QStringLiteral("-")};
-    auto* process = new EngineProcess(this);
-    m_process = process;
-    connect(process, &EngineProcess::ended, this, [this, process, &target, key, next](int exitCode) {
-        const QString error = process->errorText();
-        const QString obscured = QString::fromUtf8(process->output()).trimmed();
-        process->deleteLater();
-        if (m_finished)
-            return;
-        if (isStopping()) {
-            onStopped();
-            return;
-        }
-        if (exitCode != 0 || obscured.isEmpty()) {
-            complete(RunState::Fail, QStringLiteral("rclone cannot prepare the storage's password: %1").arg(error));
-            return;
-        }
-        target.rcloneEnvironment.insert(key, obscured);
-        obscureSecrets(target, next);
+    m_steps->obscureSecrets(target, [this, next](const QString& error) {
+        if (!error.isEmpty())
+            complete(RunState::Fail, error);
+        else
+            next();
     });
-    process->begin(obscure, nullptr, target.rcloneEnvironment.value(key).toUtf8());
 }
 
 bool PlanRun::writeFiles(const BackendTarget& target, QString* error)
 {
-    for (auto it = target.files.constBegin(); it != target.files.constEnd(); ++it) {
-        QFile file(runFolder() + QLatin1Char('/') + it.key());
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)
-            || !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)
-            || file.write(it.value()) != it.value().size()) {
-            *error = QStringLiteral("Cannot write %1: %2").arg(file.fileName(), file.errorString());
-            return false;
-        }
-    }
-    return true;
+    return m_steps->writeFiles(target, error);
 }
 
 void PlanRun::warn(const QString& text)
@@ -254,8 +215,7 @@ void PlanRun::complete(int state, const QString& message)
     m_finished = true;
     m_progressTimer.stop();
     m_limitTimer.stop();
-    if (m_process)
-        m_process->interrupt(3000);
+    m_steps->interrupt(3000);
     state = finalState(state);
     QStringList parts;
     if (!message.isEmpty())
@@ -264,7 +224,7 @@ void PlanRun::complete(int state, const QString& message)
     m_result.state = state;
     m_result.message = parts.join(QStringLiteral("; "));
     m_result.duration = m_clock.isValid() ? m_clock.elapsed() / 1000 : 0;
-    QDir(runFolder()).removeRecursively();
+    m_steps->removeFolder();
     TWL::TwlDebug("TWB").info() << "Run of plan" << planId().toString() << "ended in state" << state << "after"
                                 << m_clock.elapsed() << "ms:" << m_result.message;
     Q_EMIT finished();

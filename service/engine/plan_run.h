@@ -1,6 +1,7 @@
 #pragma once
 
 #include "service/engine/engine_process.h"
+#include "service/engine/engine_steps.h"
 #include "service/engine/run_places.h"
 #include "service/store/history_store.h"
 
@@ -81,16 +82,23 @@ protected:
     virtual void onStopped();
     /// A stop while no process runs: a step of the run's own that should end early.
     virtual void interruptStep() { }
+    /// A short step that must end even when the run is stopped; a stop lets it finish.
+    virtual bool finishingStep() const { return false; }
 
     /// Runs one program. `done` comes on the event loop with its exit code (-1 when it crashed or
     /// did not start) and the end of its stderr, unless the run was stopped meanwhile, in which case
     /// onStopped() comes instead.
     void call(const EngineCall& call, EngineProcess::LineHandler onLine, Done done, const QByteArray& input = {});
+    /// restic on a repository, past the stale locks of this machine. With `always`, `done` comes
+    /// even when the run is stopping: for what must happen however the run ends.
+    void callRestic(const BackendTarget& target, const QString& repository, const QString& password,
+        const QStringList& arguments, EngineProcess::LineHandler onLine, Done done, bool always = false);
     /// Replaces the values of the target's obscured rclone variables by their obscured form, one
     /// "rclone obscure" each, then goes on with `next`.
     void obscureSecrets(BackendTarget& target, std::function<void()> next);
     /// Writes the target's key files into the run folder.
     bool writeFiles(const BackendTarget& target, QString* error);
+    EngineSteps& steps() { return *m_steps; }
 
     /// Ends the run. A success with warnings becomes a warning.
     void complete(int state, const QString& message = QString());
@@ -114,7 +122,8 @@ protected:
 private:
     void emitProgress();
 
-    QPointer<EngineProcess> m_process;
+    EngineSteps* m_steps = nullptr;
+    QString m_folderError;
     QTimer m_progressTimer;
     QTimer m_limitTimer;
     QElapsedTimer m_clock;

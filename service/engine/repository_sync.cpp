@@ -28,17 +28,20 @@ RepositorySync::RepositorySync(Database& database, ServiceServer& server, const 
     , m_places(places)
     , m_accountId(account)
     , m_password(password)
-{ }
-
-RepositorySync::~RepositorySync()
 {
-    QDir(runFolder()).removeRecursively();
+    m_steps = new EngineSteps(m_places, m_places.syncFolder(m_accountId), this);
+    m_steps->setGate([this] {
+        if (m_ended)
+            return false;
+        if (m_cancelled) {
+            end(QStringLiteral("Synchronisation cancelled"));
+            return false;
+        }
+        return true;
+    });
 }
 
-QString RepositorySync::runFolder() const
-{
-    return m_places.dataDir + QStringLiteral("/run/sync-") + m_accountId.toString(QUuid::WithoutBraces);
-}
+RepositorySync::~RepositorySync() = default;
 
 void RepositorySync::message(const QString& text)
 {
@@ -53,7 +56,7 @@ void RepositorySync::end(const QString& text)
         return;
     m_ended = true;
     message(text);
-    QDir(runFolder()).removeRecursively();
+    m_steps->removeFolder();
     m_server.broadcast(QLatin1String(Type::StorageSyncFinished),
         {{QStringLiteral("id"), m_accountId.toString()}, {QStringLiteral("message"), text}});
     // What the account holds and its prefixes may have changed.
@@ -64,36 +67,17 @@ void RepositorySync::end(const QString& text)
 void RepositorySync::cancel()
 {
     m_cancelled = true;
-    if (m_process)
-        m_process->interrupt(5000);
+    if (m_steps->isRunning())
+        m_steps->interrupt(5000);
+    else
+        end(QStringLiteral("Synchronisation cancelled"));
 }
 
-void RepositorySync::run(const EngineCall& call, std::function<void(const QByteArray&)> onLine,
-    std::function<void(int, const QString&, const QByteArray&)> done, const QByteArray& input)
+void RepositorySync::runRestic(const Repository& repository, const QString& password, const QStringList& arguments,
+    EngineProcess::LineHandler onLine, EngineSteps::Done done)
 {
-    auto* process = new EngineProcess(this);
-    m_process = process;
-    connect(process, &EngineProcess::ended, this, [this, process, done](int exitCode) {
-        const QString error = process->errorText();
-        const QByteArray output = process->output();
-        process->deleteLater();
-        if (m_ended)
-            return;
-        if (m_cancelled) {
-            end(QStringLiteral("Synchronisation cancelled"));
-            return;
-        }
-        done(exitCode, error, output);
-    });
-    process->begin(call, onLine, input);
-}
-
-EngineCall RepositorySync::restic(
-    const Repository& repository, const QString& password, const QStringList& arguments) const
-{
-    return EngineCall::restic(m_target,
-        m_target.repository(repository.prefix, repository.plan.toString(QUuid::WithoutBraces)), password,
-        m_places.cacheDir(), m_places.rcloneConfig(), arguments);
+    m_steps->runRestic(m_target, m_target.repository(repository.prefix, repository.plan.toString(QUuid::WithoutBraces)),
+        password, arguments, std::move(onLine), std::move(done));
 }
 
 void RepositorySync::start()
@@ -105,53 +89,27 @@ void RepositorySync::start()
         return;
     }
     m_account = *account;
-    m_target = BackendMapping::map(m_account, StorageOptions(), runFolder());
+    QString error;
+    if (!m_steps->makeFolder(&error)) {
+        end(error);
+        return;
+    }
+    m_target = BackendMapping::map(m_account, StorageOptions(), m_steps->folder());
     if (!m_target.error.isEmpty()) {
         end(m_target.error);
         return;
     }
-    QDir().mkpath(m_places.cacheDir());
-    QFile config(m_places.rcloneConfig());
-    if (!config.exists() && config.open(QIODevice::WriteOnly))
-        config.close();
-    QDir().mkpath(runFolder());
-    QFile::setPermissions(runFolder(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-    for (auto it = m_target.files.constBegin(); it != m_target.files.constEnd(); ++it) {
-        QFile file(runFolder() + QLatin1Char('/') + it.key());
-        if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)
-            || file.write(it.value()) != it.value().size()) {
-            end(QStringLiteral("Cannot write %1").arg(file.fileName()));
-            return;
-        }
-    }
-    m_obscure = m_target.obscured;
-    message(QStringLiteral("Looking for backups in the storage"));
-    obscureNext();
-}
-
-void RepositorySync::obscureNext()
-{
-    if (m_obscure.isEmpty()) {
-        listRepositories();
+    if (!m_steps->writeFiles(m_target, &error)) {
+        end(error);
         return;
     }
-    const QString key = m_obscure.takeFirst();
-    EngineCall obscure;
-    obscure.program = EngineCall::rcloneProgram();
-    obscure.environment = EngineCall::cleanEnvironment();
-    obscure.arguments = QStringList {QStringLiteral("obscure"), QStringLiteral("-")};
-    run(
-        obscure, nullptr,
-        [this, key](int exitCode, const QString& error, const QByteArray& output) {
-            const QString obscured = QString::fromUtf8(output).trimmed();
-            if (exitCode != 0 || obscured.isEmpty()) {
-                end(QStringLiteral("rclone cannot prepare the storage's password: %1").arg(error));
-                return;
-            }
-            m_target.rcloneEnvironment.insert(key, obscured);
-            obscureNext();
-        },
-        m_target.rcloneEnvironment.value(key).toUtf8());
+    message(QStringLiteral("Looking for backups in the storage"));
+    m_steps->obscureSecrets(m_target, [this](const QString& error) {
+        if (!error.isEmpty())
+            end(error);
+        else
+            listRepositories();
+    });
 }
 
 void RepositorySync::listRepositories()
@@ -160,7 +118,7 @@ void RepositorySync::listRepositories()
     QString root = m_target.rcloneRoot;
     const QStringList arguments = {QStringLiteral("lsjson"), QStringLiteral("--recursive"),
         QStringLiteral("--max-depth"), QStringLiteral("3"), QStringLiteral("--files-only"), root};
-    run(EngineCall::rclone(m_target, m_places.rcloneConfig(), arguments), nullptr,
+    m_steps->run(m_steps->rclone(m_target, arguments), nullptr,
         [this](int exitCode, const QString& error, const QByteArray& output) {
             if (exitCode != 0) {
                 end(QStringLiteral("Cannot list the storage: %1").arg(ResticOutput::reason(error, exitCode)));
@@ -192,25 +150,7 @@ void RepositorySync::openNext()
         return;
     }
     const Repository repository = m_repositories.takeFirst();
-    QStringList keys;
-    try {
-        if (const std::optional<RepositoryKeyStore::Key> known = RepositoryKeyStore(m_database).key(repository.plan))
-            keys << known->text;
-    } catch (const QString& text) {
-        TWL::TwlDebug("TWB").warning() << text;
-    }
-    if (!m_password.isEmpty())
-        keys << m_password;
-    if (const std::optional<PlanRecord> record = PlanStore(m_database).find(repository.plan)) {
-        std::unique_ptr<TWB::Info::Plan::Base> plan(TWB::Info::Plan::Factory::create(record->xml));
-        if (const auto* backup = dynamic_cast<const TWB::Info::Plan::Backup*>(plan.get())) {
-            if (backup->encryption().isEnabled() && !backup->encryption().password().isEmpty())
-                keys << backup->encryption().password();
-        }
-    }
-    keys << RepositoryKeyStore::openKey(repository.plan);
-    keys.removeDuplicates();
-    tryKey(repository, keys);
+    tryKey(repository, EngineSteps::passwords(m_database, repository.plan, m_password));
 }
 
 void RepositorySync::tryKey(const Repository& repository, QStringList keys)
@@ -223,7 +163,7 @@ void RepositorySync::tryKey(const Repository& repository, QStringList keys)
         return;
     }
     const QString password = keys.takeFirst();
-    run(restic(repository, password, {QStringLiteral("snapshots"), QStringLiteral("--json")}), nullptr,
+    runRestic(repository, password, {QStringLiteral("snapshots"), QStringLiteral("--json")}, nullptr,
         [this, repository, password, keys](int exitCode, const QString& error, const QByteArray& output) {
             if (exitCode != 0 && ResticOutput::wrongPassword(error)) {
                 tryKey(repository, keys);
@@ -239,6 +179,10 @@ void RepositorySync::tryKey(const Repository& repository, QStringList keys)
             const std::optional<RepositoryKeyStore::Key> known = RepositoryKeyStore(m_database).key(repository.plan);
             if (!known || known->text != password)
                 RepositoryKeyStore(m_database).setKey(repository.plan, {password, false});
+            // A repository that opens with a key the service made, or with the key that follows
+            // from the plan's id, is not protected by a password of the user's.
+            const bool encrypted = password != RepositoryKeyStore::openKey(repository.plan)
+                && !(known && known->generated && known->text == password);
             QList<SnapshotRecord> snapshots;
             const QJsonArray list = QJsonDocument::fromJson(output).array();
             for (const QJsonValue& value : list) {
@@ -262,27 +206,36 @@ void RepositorySync::tryKey(const Repository& repository, QStringList keys)
             std::sort(snapshots.begin(), snapshots.end(),
                 [](const SnapshotRecord& a, const SnapshotRecord& b) { return a.timeMs < b.timeMs; });
             ++m_opened;
-            SnapshotIndex(m_database).dropPlan(repository.plan);
-            readSnapshots(repository, password, snapshots, 0, std::make_shared<QHash<QString, SnapshotFile>>());
+            auto pending = std::make_shared<QList<PendingSnapshot>>();
+            for (const SnapshotRecord& snapshot : qAsConst(snapshots))
+                pending->append({snapshot, {}, {}, {}});
+            readSnapshots(repository, password, encrypted, pending, 0);
         });
 }
 
-void RepositorySync::readSnapshots(const Repository& repository, const QString& password,
-    const QList<SnapshotRecord>& snapshots, int index, std::shared_ptr<QHash<QString, SnapshotFile>> previous)
+void RepositorySync::readSnapshots(const Repository& repository, const QString& password, bool encrypted,
+    std::shared_ptr<QList<PendingSnapshot>> pending, int index)
 {
-    if (index >= snapshots.size()) {
+    if (index >= pending->size()) {
+        // The new catalog of the plan was read aside; it takes the old one's place at once.
+        try {
+            SnapshotIndex(m_database).rebuild(repository.plan, *pending, true, encrypted);
+        } catch (const QString& text) {
+            message(QStringLiteral("The catalog could not take the backup %1/%2: %3")
+                        .arg(repository.prefix, repository.plan.toString(), text));
+        }
         openNext();
         return;
     }
     message(QStringLiteral("Reading the backup %1/%2: snapshot %3 of %4")
                 .arg(repository.prefix, repository.plan.toString())
                 .arg(index + 1)
-                .arg(snapshots.size()));
-    const SnapshotRecord snapshot = snapshots.at(index);
+                .arg(pending->size()));
     auto files = std::make_shared<QList<SnapshotFile>>();
     auto first = std::make_shared<bool>(true);
-    run(
-        restic(repository, password, {QStringLiteral("ls"), QStringLiteral("--json"), snapshot.id}),
+    runRestic(
+        repository, password,
+        {QStringLiteral("ls"), QStringLiteral("--json"), QStringLiteral("--no-lock"), pending->at(index).snapshot.id},
         [files, first](const QByteArray& line) {
             if (*first) {
                 *first = false;
@@ -296,33 +249,37 @@ void RepositorySync::readSnapshots(const Repository& repository, const QString& 
                 {node.value(QStringLiteral("path")).toString(), qint64(node.value(QStringLiteral("size")).toDouble()),
                     ResticOutput::time(node.value(QStringLiteral("mtime")).toString())});
         },
-        [this, repository, password, snapshots, index, previous, files, snapshot](
+        [this, repository, password, encrypted, pending, index, files](
             int exitCode, const QString& error, const QByteArray&) {
             if (exitCode != 0) {
                 message(QStringLiteral("Cannot read a snapshot of %1/%2: %3")
                             .arg(repository.prefix, repository.plan.toString(), ResticOutput::reason(error, exitCode)));
-                readSnapshots(repository, password, snapshots, index + 1, previous);
+                pending->removeAt(index);
+                readSnapshots(repository, password, encrypted, pending, index);
                 return;
             }
             // What changed since the snapshot before is what that backup brought.
-            QHash<QString, qint64> changed;
-            QStringList held;
-            auto next = std::make_shared<QHash<QString, SnapshotFile>>();
+            static const QHash<QString, SnapshotFile> none;
+            const QHash<QString, SnapshotFile>& previous = index > 0 ? pending->at(index - 1).files : none;
+            PendingSnapshot& current = (*pending)[index];
             for (const SnapshotFile& file : qAsConst(*files)) {
-                const auto before = previous->constFind(file.path);
-                if (before == previous->constEnd() || before->size != file.size || before->modified != file.modified)
-                    changed.insert(file.path, file.size);
-                next->insert(file.path, file);
-                held << file.path;
+                const auto before = previous.constFind(file.path);
+                if (before == previous.constEnd() || before->size != file.size || before->modified != file.modified)
+                    current.changed.insert(file.path, file.size);
+                current.files.insert(file.path, file);
+                current.held << file.path;
             }
-            try {
-                SnapshotIndex(m_database).record(snapshot, held, changed, true, [next](const QString& path) {
-                    return next->value(path);
-                });
-            } catch (const QString& text) {
-                message(QStringLiteral("The catalog could not take a snapshot: %1").arg(text));
+            // The snapshot before needs only what it brought from now on.
+            if (index > 0) {
+                QHash<QString, SnapshotFile>& kept = (*pending)[index - 1].files;
+                for (auto it = kept.begin(); it != kept.end();) {
+                    if ((*pending)[index - 1].changed.contains(it.key()))
+                        ++it;
+                    else
+                        it = kept.erase(it);
+                }
             }
-            readSnapshots(repository, password, snapshots, index + 1, next);
+            readSnapshots(repository, password, encrypted, pending, index + 1);
         });
 }
 

@@ -2,6 +2,7 @@
 
 #include "service/store/account_store.h"
 #include "service/engine/backend_mapping.h"
+#include "service/engine/engine_steps.h"
 #include "service/engine/plan_run.h"
 #include "service/catalog/snapshot_index.h"
 
@@ -15,13 +16,14 @@
 namespace TWB::Service {
 
 class Database;
-class EngineProcess;
 class ServiceServer;
 
 /// Rebuilds the catalog of one storage account from the repositories the storage holds, under
 /// every prefix, so that a new machine can restore what another one backed up. Each repository
 /// is opened with the keys the service knows for it, the password the user gave, or the open key
-/// of a plan without encryption; one it cannot open keeps its catalog as it was.
+/// of a plan without encryption; one it cannot open keeps its catalog as it was. Each plan's new
+/// catalog is read whole before it replaces the old one in one transaction, so that a cancel
+/// leaves the old one as it was.
 class RepositorySync final : public QObject
 {
     Q_OBJECT
@@ -44,18 +46,15 @@ private:
         QUuid plan;
     };
 
-    void obscureNext();
     void listRepositories();
     void openNext();
     void tryKey(const Repository& repository, QStringList keys);
-    void readSnapshots(const Repository& repository, const QString& password, const QList<SnapshotRecord>& snapshots,
-        int index, std::shared_ptr<QHash<QString, SnapshotFile>> previous);
-    void run(const EngineCall& call, std::function<void(const QByteArray&)> onLine,
-        std::function<void(int, const QString&, const QByteArray&)> done, const QByteArray& input = {});
+    void readSnapshots(const Repository& repository, const QString& password, bool encrypted,
+        std::shared_ptr<QList<PendingSnapshot>> pending, int index);
+    void runRestic(const Repository& repository, const QString& password, const QStringList& arguments,
+        EngineProcess::LineHandler onLine, EngineSteps::Done done);
     void message(const QString& text);
     void end(const QString& text);
-    QString runFolder() const;
-    EngineCall restic(const Repository& repository, const QString& password, const QStringList& arguments) const;
 
     Database& m_database;
     ServiceServer& m_server;
@@ -64,9 +63,8 @@ private:
     QString m_password;
     Account m_account;
     BackendTarget m_target;
-    QStringList m_obscure;
     QList<Repository> m_repositories;
-    QPointer<EngineProcess> m_process;
+    EngineSteps* m_steps = nullptr;
     bool m_cancelled = false;
     bool m_ended = false;
     int m_opened = 0;

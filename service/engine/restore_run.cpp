@@ -175,32 +175,15 @@ void RestoreRun::restoreNext()
     }
     const RestoreFile& plan = files();
     if (plan.useEncryption() && !plan.encryptionPassword().isEmpty()) {
-        restoreGroup(plan.encryptionPassword(), true, false);
+        restoreGroup({plan.encryptionPassword()}, true);
         return;
     }
-    const QUuid source = m_groups.first().snapshot.plan;
-    QString password;
-    try {
-        if (const std::optional<RepositoryKeyStore::Key> key = RepositoryKeyStore(m_database).key(source))
-            password = key->text;
-    } catch (const QString& text) {
-        warn(text);
-    }
-    if (password.isEmpty()) {
-        if (const std::optional<PlanRecord> record = PlanStore(m_database).find(source)) {
-            std::unique_ptr<TWB::Info::Plan::Base> backup(TWB::Info::Plan::Factory::create(record->xml));
-            if (const auto* encrypted = dynamic_cast<const TWB::Info::Plan::Backup*>(backup.get())) {
-                if (encrypted->encryption().isEnabled())
-                    password = encrypted->encryption().password();
-            }
-        }
-    }
-    const bool open = password.isEmpty();
-    restoreGroup(open ? RepositoryKeyStore::openKey(source) : password, false, open);
+    restoreGroup(EngineSteps::passwords(m_database, m_groups.first().snapshot.plan), false);
 }
 
-void RestoreRun::restoreGroup(const QString& password, bool userPassword, bool triedOpenKey)
+void RestoreRun::restoreGroup(QStringList passwords, bool userPassword)
 {
+    const QString password = passwords.takeFirst();
     setStatus(RunState::Downloading);
     const Group& group = m_groups.first();
     const QString repository
@@ -210,8 +193,8 @@ void RestoreRun::restoreGroup(const QString& password, bool userPassword, bool t
         arguments << QStringLiteral("--include") << BackupSelection::escaped(path);
     arguments << ProductOptions(m_places.optionsFile()).bandwidthArguments(m_account.type);
     m_measureTimer.start();
-    call(EngineCall::restic(m_target, repository, password, m_places.cacheDir(), m_places.rcloneConfig(), arguments),
-        nullptr, [this, password, userPassword, triedOpenKey](int exitCode, const QString& error) {
+    callRestic(m_target, repository, password, arguments, nullptr,
+        [this, passwords, userPassword](int exitCode, const QString& error) {
             m_measureTimer.stop();
             if (exitCode == 0) {
                 m_stagedBefore += m_groups.first().bytes;
@@ -226,8 +209,8 @@ void RestoreRun::restoreGroup(const QString& password, bool userPassword, bool t
                                        "wrong password"));
                     return;
                 }
-                if (!triedOpenKey) {
-                    restoreGroup(RepositoryKeyStore::openKey(m_groups.first().snapshot.plan), false, true);
+                if (!passwords.isEmpty()) {
+                    restoreGroup(passwords, false);
                     return;
                 }
                 end(RunState::Fail,

@@ -45,7 +45,7 @@ private:
     QString placeOf(const QString& stagedPath) const;
     bool prepareStaging(QString* error);
     void restoreNext();
-    void restoreGroup(const QString& password, bool userPassword, bool triedOpenKey);
+    void restoreGroup(QStringList passwords, bool userPassword);
     void measureStaging();
     void place();
     void end(int state, const QString& message);

@@ -14,54 +14,56 @@ DefaultRetention DefaultRetention::fromOptions(const QString& optionsFile)
     defaults.days = qMax(0, options.value(QStringLiteral("SerializationSupportRetentionTime")).toString().toInt());
     defaults.deleteLastVersion
         = options.value(QStringLiteral("RetentionDeleteLastVersion")).toString() == QLatin1String("true");
+    defaults.byBackupDate
+        = options.value(QStringLiteral("RetentionUseBackupDate")).toString() != QLatin1String("false");
     return defaults;
 }
 
-QStringList RetentionRules::keepArguments(const Backup::RetentionPolicy& policy, const DefaultRetention& defaults)
+FileRetention RetentionRules::of(
+    const Backup::RetentionPolicy& policy, const DefaultRetention& defaults, const QDateTime& now)
 {
-    int keepLast = 0;
-    QString within;
-    bool keepNewest = false;
+    FileRetention rules;
+    const QDateTime utc = now.toUTC();
     if (policy.type() == Backup::RetentionPolicy::Custom) {
         if (policy.useKeepVersion())
-            keepLast = qMax(1, policy.keepVersion());
+            rules.keepVersions = qMax(1, policy.keepVersion());
         if (policy.useDeleteOlder()) {
             const Backup::RetentionPolicy::FileAge age = policy.deleteFileAge();
             const int count = qMax(1, age.age);
+            QDateTime cutoff;
             switch (age.unit) {
             case Backup::RetentionPolicy::FileAge::Days:
-                within = QStringLiteral("%1d").arg(count);
+                cutoff = utc.addDays(-count);
                 break;
             case Backup::RetentionPolicy::FileAge::Weeks:
-                within = QStringLiteral("%1d").arg(count * 7);
+                cutoff = utc.addDays(-7 * count);
                 break;
             case Backup::RetentionPolicy::FileAge::Months:
-                within = QStringLiteral("%1m").arg(count);
+                cutoff = utc.addMonths(-count);
                 break;
             }
-            keepNewest = policy.useKeepLastVersion();
+            rules.olderThanMs = cutoff.toMSecsSinceEpoch();
+            rules.ageFromModification = !policy.useBackupDate();
+            // By backup date the last version always stays, whatever the check box said.
+            rules.keepLast = policy.useKeepLastVersion() || policy.useBackupDate();
         }
     } else {
-        keepLast = defaults.versions;
-        if (defaults.days > 0)
-            within = QStringLiteral("%1d").arg(defaults.days);
-        keepNewest = !within.isEmpty() && !defaults.deleteLastVersion;
+        rules.keepVersions = defaults.versions;
+        if (defaults.days > 0) {
+            rules.olderThanMs = utc.addDays(-defaults.days).toMSecsSinceEpoch();
+            rules.ageFromModification = !defaults.byBackupDate;
+            rules.keepLast = !defaults.deleteLastVersion;
+        }
     }
-    if (keepNewest && keepLast == 0)
-        keepLast = 1;
-    QStringList keep;
-    if (keepLast > 0)
-        keep << QStringLiteral("--keep-last") << QString::number(keepLast);
-    if (!within.isEmpty())
-        keep << QStringLiteral("--keep-within") << within;
-    return keep;
+    // Deleted files stay unless the plan lets them go, and then only after its days.
+    if (policy.useDeleteLocaly())
+        rules.deletedBeforeMs = utc.addDays(-qMax(0, policy.deleteLocalyAfter())).toMSecsSinceEpoch();
+    return rules;
 }
 
-QStringList RetentionRules::forgetArguments(const QStringList& keep)
+QStringList RetentionRules::forgetArguments(const QStringList& snapshots)
 {
-    return QStringList {QStringLiteral("forget"), QStringLiteral("--json"), QStringLiteral("--group-by"), QString(),
-               QStringLiteral("--prune")}
-    + keep;
+    return QStringList {QStringLiteral("forget"), QStringLiteral("--prune")} + snapshots;
 }
 
 } // namespace TWB::Service

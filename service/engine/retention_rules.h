@@ -1,7 +1,9 @@
 #pragma once
 
 #include "platform/plan/backup.h"
+#include "service/catalog/snapshot_index.h"
 
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
@@ -13,23 +15,22 @@ struct DefaultRetention
     int versions = 0; // "RetentionNumberOfVersions"; 0 keeps all
     int days = 0; // "SerializationSupportRetentionTime", in days; 0 keeps all
     bool deleteLastVersion = false; // "RetentionDeleteLastVersion"
+    bool byBackupDate = true; // "RetentionUseBackupDate"
 
     static DefaultRetention fromOptions(const QString& optionsFile);
 };
 
-/// A plan's retention as restic's "forget": whole snapshots are kept or dropped, never single
-/// files. Keeping a number of versions keeps that many snapshots; deleting versions older than an
-/// age keeps the snapshots within that age of the newest one; keeping the last version keeps the
-/// newest snapshot. restic keeps a snapshot that any of the rules keeps.
+/// A plan's retention as rules on the versions of each file. restic keeps or forgets whole
+/// snapshots, so the catalog, which knows the snapshots that hold each version, decides which
+/// snapshots hold nothing that must stay; only those are forgotten.
 class RetentionRules final
 {
 public:
-    /// The keep rules for "restic forget"; empty when the plan keeps everything.
-    static QStringList keepArguments(
-        const TWB::Info::Plan::Backup::RetentionPolicy& policy, const DefaultRetention& defaults);
-    /// The whole "forget" call: every snapshot of the plan's repository is one group, since a
-    /// repository holds one plan however its items changed; pruning follows at once.
-    static QStringList forgetArguments(const QStringList& keep);
+    /// The plan's rules as they stand at `now`.
+    static FileRetention of(
+        const TWB::Info::Plan::Backup::RetentionPolicy& policy, const DefaultRetention& defaults, const QDateTime& now);
+    /// The "forget" call for the snapshots given; pruning follows at once.
+    static QStringList forgetArguments(const QStringList& snapshots);
 };
 
 } // namespace TWB::Service

@@ -112,10 +112,19 @@ QDateTime localMoment(const QDate& date, const QTime& time)
     return QDateTime();
 }
 
+// A window that ends at an earlier time of day than it starts runs over midnight: from its start
+// on one day to its end on the next.
+bool overnight(const Schedule& schedule)
+{
+    const Schedule::OccursEvery every = schedule.occursEvery();
+    return schedule.dailyRecurrence() && every.start.isValid() && every.end.isValid() && every.end < every.start;
+}
+
 // The first time of the day `date` at which the schedule fires after `after`, if any. Repeats
 // within a day follow the clock on the wall: every 90 minutes from 00:00 is 00:00, 01:30, 03:00,
-// whatever the clock did in between.
-QDateTime firstOnDay(const Schedule& schedule, const QDate& date, const QDateTime& after)
+// whatever the clock did in between. With `tail`, the slots on `date` of an overnight window that
+// began the day before.
+QDateTime firstOnDay(const Schedule& schedule, const QDate& date, const QDateTime& after, bool tail = false)
 {
     if (!schedule.dailyRecurrence()) {
         const QDateTime at = localMoment(date, schedule.occursAt().isValid() ? schedule.occursAt() : QTime(0, 0));
@@ -126,17 +135,27 @@ QDateTime firstOnDay(const Schedule& schedule, const QDate& date, const QDateTim
         return QDateTime();
     const QTime end = every.end.isValid() ? every.end : QTime(23, 59, 59);
     const int periodSecs = every.period * 60;
+    const int day = 24 * 3600;
     const int startSecs = every.start.msecsSinceStartOfDay() / 1000;
-    const int endSecs = end.msecsSinceStartOfDay() / 1000;
-    // Start a slot before the one `after` falls in rather than walking every slot of the day.
+    // Seconds from the start of the day the window began; an overnight window ends on the next.
+    const int endSecs = end.msecsSinceStartOfDay() / 1000 + (overnight(schedule) ? day : 0);
     int secs = startSecs;
-    if (after.date() == date) {
-        const int afterSecs = after.time().msecsSinceStartOfDay() / 1000;
-        if (afterSecs > startSecs)
-            secs = startSecs + qMax(0, (afterSecs - startSecs) / periodSecs - 1) * periodSecs;
+    int from = 0; // seconds of the window's first day before `date`
+    int limit = qMin(endSecs, day - 1);
+    if (tail) {
+        from = day;
+        // The first slot of the window that falls on the next day.
+        secs = startSecs + (day - startSecs + periodSecs - 1) / periodSecs * periodSecs;
+        limit = endSecs;
     }
-    for (; secs <= endSecs && secs < 24 * 3600; secs += periodSecs) {
-        const QDateTime at = localMoment(date, QTime::fromMSecsSinceStartOfDay(secs * 1000));
+    // Start a slot before the one `after` falls in rather than walking every slot of the day.
+    if (after.date() == date) {
+        const int afterSecs = after.time().msecsSinceStartOfDay() / 1000 + from;
+        if (afterSecs > secs)
+            secs += qMax(0, (afterSecs - secs) / periodSecs - 1) * periodSecs;
+    }
+    for (; secs <= limit; secs += periodSecs) {
+        const QDateTime at = localMoment(date, QTime::fromMSecsSinceStartOfDay((secs - from) * 1000));
         if (at.isValid() && at > after)
             return at;
     }
@@ -151,11 +170,20 @@ QDateTime NextRun::after(const Schedule& schedule, const QDateTime& after)
         return QDateTime();
     const QDateTime local = after.toLocalTime();
     if (schedule.type() == Schedule::SpecificDate) {
-        const QDateTime at = schedule.specificDate();
+        // The store keeps whole seconds: a due time with milliseconds would come back due again.
+        QDateTime at = schedule.specificDate();
+        at = at.addMSecs(-at.time().msec());
         return at.isValid() && at > after ? at.toUTC() : QDateTime();
     }
+    const bool acrossMidnight = overnight(schedule);
     for (int offset = 0; offset <= searchDays(); ++offset) {
         const QDate day = local.date().addDays(offset);
+        // The early hours of a day belong to a window that began the day before.
+        if (acrossMidnight && dayAllowed(schedule, day.addDays(-1))) {
+            const QDateTime at = firstOnDay(schedule, day, local, true);
+            if (at.isValid())
+                return at.toUTC();
+        }
         if (!dayAllowed(schedule, day))
             continue;
         const QDateTime at = firstOnDay(schedule, day, local);

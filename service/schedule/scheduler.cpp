@@ -22,6 +22,7 @@ Scheduler::Scheduler(Database& database, Engine& engine, ServiceServer& server, 
     , m_database(database)
     , m_engine(engine)
     , m_server(server)
+    , m_clock([] { return QDateTime::currentDateTimeUtc(); })
 {
     m_timer.setSingleShot(true);
     m_timer.setTimerType(Qt::PreciseTimer);
@@ -40,8 +41,14 @@ void Scheduler::plansChanged()
 
 void Scheduler::pass(bool atStart)
 {
-    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const QDateTime now = m_clock();
+    // A clock that went back since the last pass, or one that was wrong when the times were
+    // stored before the service's start, leaves times the schedules would not give now.
+    const bool movedBack = m_lastPass.isValid() && now < m_lastPass.addSecs(-2);
+    m_lastPass = now;
     QList<QUuid> changed;
+    if (atStart || movedBack)
+        changed = settle(now);
     try {
         PlanStore store(m_database);
         const QList<PlanRecord> plans = store.all();
@@ -64,7 +71,13 @@ void Scheduler::pass(bool atStart)
                         << (atStart ? "Running the missed plan" : "Running the scheduled plan") << plan.id.toString();
                     m_engine.start(plan.id, fullDue);
                 } catch (const QString& text) {
-                    TWL::TwlDebug("TWB").warning() << "The scheduled run of" << plan.id.toString() << "failed:" << text;
+                    // A run that could not start is a result of its own: the plan list shows it.
+                    try {
+                        m_engine.recordRefused(plan.id, text);
+                    } catch (const QString& why) {
+                        TWL::TwlDebug("TWB").warning()
+                            << "Cannot record the refused run of" << plan.id.toString() << ":" << why;
+                    }
                 }
             }
             const QDateTime next = NextRun::after(object->schedule(), now);
@@ -74,7 +87,8 @@ void Scheduler::pass(bool atStart)
             Transaction transaction(m_database);
             store.setNextRun(plan.id, next, nextFull);
             transaction.commit();
-            changed << plan.id;
+            if (!changed.contains(plan.id))
+                changed << plan.id;
         }
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << "The scheduler could not read the plans:" << text;
@@ -100,8 +114,48 @@ void Scheduler::arm()
     }
     qint64 wait = longestSleepMs();
     if (earliest.isValid())
-        wait = qBound<qint64>(0, QDateTime::currentDateTimeUtc().msecsTo(earliest), longestSleepMs());
+        wait = qBound<qint64>(0, m_clock().msecsTo(earliest), longestSleepMs());
     m_timer.start(int(wait));
+}
+
+QList<QUuid> Scheduler::settle(const QDateTime& now)
+{
+    QList<QUuid> changed;
+    try {
+        PlanStore store(m_database);
+        const QList<PlanRecord> plans = store.all();
+        for (const PlanRecord& plan : plans) {
+            if (!(plan.nextRun.isValid() && plan.nextRun > now)
+                && !(plan.nextRunFull.isValid() && plan.nextRunFull > now))
+                continue;
+            const std::optional<PlanRecord> full = store.find(plan.id);
+            std::unique_ptr<TWB::Info::Plan::Base> object(full ? TWB::Info::Plan::Factory::create(full->xml) : nullptr);
+            if (!object)
+                continue;
+            QDateTime next = plan.nextRun;
+            QDateTime nextFull = plan.nextRunFull;
+            const QDateTime expected = NextRun::after(object->schedule(), now);
+            if (next.isValid() && next > now && expected.isValid() && expected < next)
+                next = expected;
+            if (const auto* backup = dynamic_cast<const TWB::Info::Plan::Backup*>(object.get())) {
+                const QDateTime expectedFull = NextRun::after(backup->forceFullSchedule(), now);
+                if (nextFull.isValid() && nextFull > now && expectedFull.isValid() && expectedFull < nextFull)
+                    nextFull = expectedFull;
+            }
+            if (next == plan.nextRun && nextFull == plan.nextRunFull)
+                continue;
+            TWL::TwlDebug("TWB").info() << "The clock went back: plan" << plan.id.toString() << "runs next at"
+                                        << next.toString(Qt::ISODate) << "instead of"
+                                        << plan.nextRun.toString(Qt::ISODate);
+            Transaction transaction(m_database);
+            store.setNextRun(plan.id, next, nextFull);
+            transaction.commit();
+            changed << plan.id;
+        }
+    } catch (const QString& text) {
+        TWL::TwlDebug("TWB").warning() << "The scheduler could not read the plans:" << text;
+    }
+    return changed;
 }
 
 } // namespace TWB::Service

@@ -5,6 +5,8 @@
 #include <QTimer>
 #include <QUuid>
 
+#include <functional>
+
 namespace TWB::Service {
 
 class Database;
@@ -20,7 +22,12 @@ class Scheduler final : public QObject
     Q_OBJECT
     Q_DISABLE_COPY(Scheduler)
 public:
+    /// What the scheduler takes for now; the wall clock unless another is given.
+    using Clock = std::function<QDateTime()>;
+
     Scheduler(Database& database, Engine& engine, ServiceServer& server, QObject* parent = nullptr);
+
+    void setClock(Clock clock) { m_clock = std::move(clock); }
 
     /// The pass at the service's start, then the timer.
     void start();
@@ -34,11 +41,16 @@ private:
     /// Starts what is due at `now`; at the service's start, missed plans decide for themselves.
     void pass(bool atStart);
     void arm();
+    /// After the clock moved back, stored times can lie further ahead than the schedules allow:
+    /// those are computed again from now. Returns the plans whose times changed.
+    QList<QUuid> settle(const QDateTime& now);
 
     Database& m_database;
     Engine& m_engine;
     ServiceServer& m_server;
     QTimer m_timer;
+    Clock m_clock;
+    QDateTime m_lastPass;
 };
 
 } // namespace TWB::Service

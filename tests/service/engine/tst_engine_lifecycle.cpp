@@ -283,6 +283,9 @@ private Q_SLOTS:
         EngineTestSupport::writeFile(
             source + QStringLiteral("/data.raw"), EngineTestSupport::noise(3 * 1024 * 1024, 9));
         auto plan = backupPlan(QStringLiteral("Cut"), {source}, QStringLiteral("cut"));
+        plan->retentionPolicy().setType(Backup::RetentionPolicy::Custom);
+        plan->retentionPolicy().setUseKeepVersion(true);
+        plan->retentionPolicy().setKeepVersion(1);
         QVERIFY(EngineTestSupport::save(*m_client, *plan));
         slowDown(true);
         m_client->clearNotifications();
@@ -295,6 +298,12 @@ private Q_SLOTS:
             30000));
         const QMap<qint64, QByteArray> engine = EngineTestSupport::descendants(m_service->process().pid());
         QVERIFY(!engine.isEmpty());
+        // Lists and key files lie in folders only the service's user enters.
+        const QString runRoot = m_service->dataDir() + QStringLiteral("/run");
+        const QString folder = runRoot + QLatin1Char('/') + plan->id().toString(QUuid::WithoutBraces);
+        const auto owner = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
+        QCOMPARE(int(QFileInfo(runRoot).permissions() & QFileDevice::Permissions(0x7077)), int(owner));
+        QCOMPARE(int(QFileInfo(folder).permissions() & QFileDevice::Permissions(0x7077)), int(owner));
 
         m_service->process().kill();
         // restic goes with the service that ran it, and leaves no lock that would hold up the next run.
@@ -307,8 +316,10 @@ private Q_SLOTS:
                 return true;
             }(),
             15000);
+        QVERIFY(QFileInfo::exists(folder));
         QVERIFY2(m_service->start(), qPrintable(m_service->process().output()));
         QVERIFY(reconnect());
+        QVERIFY(QDir(runRoot).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).isEmpty());
         const QJsonObject after = row(plan->id());
         QCOMPARE(after.value(QStringLiteral("LastRunStatus")).toInt(), 9);
         QCOMPARE(after.value(QStringLiteral("LastRunMessage")).toString(),
@@ -318,8 +329,15 @@ private Q_SLOTS:
         QCOMPARE(runs.size(), 1);
         QCOMPARE(runs.first().toObject().value(QStringLiteral("Result")).toInt(), 9);
 
+        // The killed run's lock holds up neither the backups nor their retention.
         slowDown(false);
-        QCOMPARE(EngineTestSupport::run(*m_client, plan->id()).status, 6);
+        for (int run = 1; run <= 2; ++run) {
+            EngineTestSupport::writeFile(source + QStringLiteral("/counter.txt"), QByteArray::number(run));
+            const RunOutcome outcome = EngineTestSupport::run(*m_client, plan->id());
+            QVERIFY2(outcome.status == 6, qPrintable(outcome.message));
+        }
+        QCOMPARE(EngineTestSupport::snapshots(repository(plan->id()), QStringLiteral("cut")).size(), 1);
+        QVERIFY(QDir(repository(plan->id()) + QStringLiteral("/locks")).entryList(QDir::Files).isEmpty());
     }
 
     void stoppedServiceRecordsItsRunsAsInterrupted()
@@ -383,6 +401,22 @@ private Q_SLOTS:
         QCOMPARE(outcome.status, 6);
         // A specific date fires once.
         QCOMPARE(outcome.row.value(QStringLiteral("NextRun")).toString(), QString());
+
+        // A scheduled run that cannot start is a failed run with its reason, and the plan's last result.
+        plan->setItems({});
+        plan->schedule().setSpecificDate(QDateTime::currentDateTime().addSecs(2));
+        QVERIFY(EngineTestSupport::save(*m_client, *plan));
+        QTRY_VERIFY_WITH_TIMEOUT(row(plan->id()).value(QStringLiteral("NextRun")).toString().isEmpty(), 30000);
+        // Once, with whole seconds in the store and milliseconds in the schedule.
+        QCOMPARE(EngineTestSupport::history(*m_client, QStringLiteral("HistoryListByPlan"), plan->id()).size(), 2);
+        const QJsonObject refused
+            = EngineTestSupport::history(*m_client, QStringLiteral("HistoryListByPlan"), plan->id()).first().toObject();
+        const QString reason
+            = QStringLiteral("The scheduled run did not start: The plan \"Scheduled\" names no files or folders");
+        QCOMPARE(refused.value(QStringLiteral("Result")).toInt(), 8);
+        const QJsonObject after = row(plan->id());
+        QCOMPARE(after.value(QStringLiteral("LastRunStatus")).toInt(), 8);
+        QCOMPARE(after.value(QStringLiteral("LastRunMessage")).toString(), reason);
     }
 
     void missedPlansRunAtStartWhenTheyAsk()
@@ -392,7 +426,8 @@ private Q_SLOTS:
             EngineTestSupport::writeFile(source + QStringLiteral("/file%1.txt").arg(i), QByteArray::number(i));
         auto missed = backupPlan(QStringLiteral("Missed"), {source}, QStringLiteral("missed"));
         auto left = backupPlan(QStringLiteral("Left"), {source}, QStringLiteral("left"));
-        for (BackupFile* plan : {missed.get(), left.get()}) {
+        auto ahead = backupPlan(QStringLiteral("Ahead"), {source}, QStringLiteral("ahead"));
+        for (BackupFile* plan : {missed.get(), left.get(), ahead.get()}) {
             plan->schedule().setEnable(true);
             plan->schedule().setType(Schedule::Recurring);
             plan->schedule().setFrequencyType(Schedule::Daily);
@@ -407,6 +442,7 @@ private Q_SLOTS:
         left->setRunMissedPlan(false);
         QVERIFY(EngineTestSupport::save(*m_client, *missed));
         QVERIFY(EngineTestSupport::save(*m_client, *left));
+        QVERIFY(EngineTestSupport::save(*m_client, *ahead));
         // Unchanged files are read again only when a full backup is due.
         QCOMPARE(
             EngineTestSupport::run(*m_client, missed->id()).row.value(QStringLiteral("LastUploadedCount")).toInt(), 3);
@@ -421,6 +457,10 @@ private Q_SLOTS:
         const QString hourAgo
             = QDateTime::currentDateTimeUtc().addSecs(-3600).toString(QStringLiteral("yyyyMMddhhmmss"));
         setNextRuns({missed->id(), left->id()}, hourAgo, hourAgo);
+        // What a clock that stood a month ahead, then went back, leaves behind.
+        const QString monthAhead
+            = QDateTime::currentDateTimeUtc().addDays(30).toString(QStringLiteral("yyyyMMddhhmmss"));
+        setNextRuns({ahead->id()}, monthAhead, monthAhead);
         QVERIFY2(m_service->start(), qPrintable(m_service->process().output()));
         QVERIFY(reconnect());
         QTRY_VERIFY_WITH_TIMEOUT(row(missed->id()).value(QStringLiteral("Status")).toInt() == 2
@@ -432,12 +472,121 @@ private Q_SLOTS:
         const QJsonObject waited = row(left->id());
         QCOMPARE(waited.value(QStringLiteral("LastRunStatus")).toString(), QString());
         QVERIFY(EngineTestSupport::history(*m_client, QStringLiteral("HistoryListByPlan"), left->id()).isEmpty());
-        // Both wait for their next time now.
-        for (const QJsonObject& plan : {ran, waited}) {
+        // All wait for their next time now, as the schedule gives it.
+        for (const QJsonObject& plan : {ran, waited, row(ahead->id())}) {
             const QDateTime next = QDateTime::fromString(plan.value(QStringLiteral("NextRun")).toString(), Qt::ISODate);
             QVERIFY(next > QDateTime::currentDateTimeUtc());
             QVERIFY(next <= QDateTime::currentDateTimeUtc().addDays(1));
+            const QDateTime full
+                = QDateTime::fromString(plan.value(QStringLiteral("NextRunFull")).toString(), Qt::ISODate);
+            QVERIFY(!full.isValid() || full <= QDateTime::currentDateTimeUtc().addDays(1));
         }
+    }
+
+    void catalogTakesWhatResticReadNotWhatCameLater()
+    {
+        const QString source = m_root + QStringLiteral("/changing");
+        const QString early = source + QStringLiteral("/a-first.txt");
+        const QDateTime read(QDate(2020, 1, 1), QTime(12, 0), Qt::UTC);
+        EngineTestSupport::writeFile(early, "before\n", read);
+        EngineTestSupport::writeFile(source + QStringLiteral("/big.raw"), EngineTestSupport::noise(1024 * 1024, 11));
+        auto plan = backupPlan(QStringLiteral("Changing"), {source}, QStringLiteral("changing"));
+        QVERIFY(EngineTestSupport::save(*m_client, *plan));
+        slowDown(true);
+        m_client->clearNotifications();
+        QVERIFY(m_client->call(QStringLiteral("PlanExecuteStart"), byId(plan->id())).success);
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                for (const QJsonObject& message : EngineTestSupport::progress(*m_client, plan->id())) {
+                    if (message.value(QStringLiteral("status_value")).toInt() == 2
+                        && message.value(QStringLiteral("files_copied")).toInt() >= 1)
+                        return true;
+                }
+                return false;
+            },
+            30000));
+        // restic has read the small file; it changes before the backup ends.
+        EngineTestSupport::writeFile(
+            early, "changed while the backup ran\n", QDateTime(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC));
+        QCOMPARE(EngineTestSupport::waitForEnd(*m_client, plan->id()).status, 6);
+        const QJsonArray versions
+            = m_client
+                  ->call(QStringLiteral("GetRestoreContentManualMode"),
+                      {{QStringLiteral("destination"), m_account.toString()},
+                          {QStringLiteral("path"), QStringLiteral("/%1/TWB_VOLUMES/root%2").arg(prefix, early)}})
+                  .data.value(QStringLiteral("contentRestore"))
+                  .toArray();
+        QCOMPARE(versions.size(), 1);
+        QCOMPARE(versions.first().toObject().value(QStringLiteral("original_size")).toInt(), 7);
+        QCOMPARE(versions.first().toObject().value(QStringLiteral("date_modified_utc")).toString(),
+            read.toString(QStringLiteral("yyyyMMddhhmmss")));
+    }
+
+    void cutDuringPruneLeavesTheCatalogTrue_data()
+    {
+        QTest::addColumn<bool>("kill");
+        QTest::newRow("stopped") << false;
+        // A killed service matches the catalog at the plan's next retention, even one that forgets nothing.
+        QTest::newRow("service killed") << true;
+    }
+
+    void cutDuringPruneLeavesTheCatalogTrue()
+    {
+        QFETCH(bool, kill);
+        const QString source = m_root + QStringLiteral("/pruned-") + QString::number(kill);
+        auto plan = backupPlan(QStringLiteral("Pruned"), {source}, QStringLiteral("pruned"));
+        plan->retentionPolicy().setType(Backup::RetentionPolicy::Custom);
+        plan->retentionPolicy().setUseKeepVersion(true);
+        plan->retentionPolicy().setKeepVersion(1);
+        QVERIFY(EngineTestSupport::save(*m_client, *plan));
+        EngineTestSupport::writeFile(
+            source + QStringLiteral("/data.raw"), EngineTestSupport::noise(4 * 1024 * 1024, 12));
+        QCOMPARE(EngineTestSupport::run(*m_client, plan->id()).status, 6);
+
+        // The second backup makes the first one's data unused: forgetting it is quick, pruning is not.
+        EngineTestSupport::writeFile(
+            source + QStringLiteral("/data.raw"), EngineTestSupport::noise(4 * 1024 * 1024, 13));
+        const QDir snapshots(repository(plan->id()) + QStringLiteral("/snapshots"));
+        m_client->clearNotifications();
+        QVERIFY(m_client->call(QStringLiteral("PlanExecuteStart"), byId(plan->id())).success);
+        bool grew = false;
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                const int count = snapshots.entryList(QDir::Files).size();
+                grew = grew || count == 2;
+                return grew && count == 1;
+            },
+            60000));
+        if (kill) {
+            const QMap<qint64, QByteArray> engine = EngineTestSupport::descendants(m_service->process().pid());
+            m_service->process().kill();
+            for (auto it = engine.constBegin(); it != engine.constEnd(); ++it)
+                QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(QStringLiteral("/proc/%1").arg(it.key())), 15000);
+            QVERIFY2(m_service->start(), qPrintable(m_service->process().output()));
+            QVERIFY(reconnect());
+            plan->retentionPolicy().setUseKeepVersion(false);
+            QVERIFY(EngineTestSupport::save(*m_client, *plan));
+            const RunOutcome again = EngineTestSupport::run(*m_client, plan->id());
+            QVERIFY2(again.status == 6, qPrintable(again.message));
+        } else {
+            QVERIFY(m_client->call(QStringLiteral("PlanExecuteStop"), byId(plan->id())).success);
+            QVERIFY(EngineTestSupport::waitForEnd(*m_client, plan->id()).ended);
+        }
+
+        // Whatever the stop cut short, the catalog names only snapshots the repository holds.
+        const auto held = EngineTestSupport::snapshots(repository(plan->id()), QStringLiteral("pruned"));
+        QCOMPARE(held.size(), kill ? 2 : 1);
+        const QJsonArray versions
+            = m_client
+                  ->call(QStringLiteral("GetRestoreContentManualMode"),
+                      {{QStringLiteral("destination"), m_account.toString()},
+                          {QStringLiteral("path"),
+                              QStringLiteral("/%1/TWB_VOLUMES/root%2/data.raw").arg(prefix, source)}})
+                  .data.value(QStringLiteral("contentRestore"))
+                  .toArray();
+        QCOMPARE(versions.size(), 1);
+        QVERIFY(held.first().first.startsWith(
+            versions.first().toObject().value(QStringLiteral("Path")).toString().section(QLatin1Char('@'), 1)));
     }
 };
 

@@ -11,6 +11,8 @@
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
+#include <QProcess>
+#include <QScopeGuard>
 #include <QSqlQuery>
 #include <QtTest>
 
@@ -212,6 +214,7 @@ private Q_SLOTS:
         QVERIFY(snapshot.startsWith(
             versions.first().toObject().value(QStringLiteral("Path")).toString().section(QLatin1Char('@'), 1)));
         QCOMPARE(versions.first().toObject().value(QStringLiteral("original_size")).toInt(), 12);
+        QCOMPARE(versions.first().toObject().value(QStringLiteral("is_encrypted")).toBool(), true);
 
         // A run-once restore into another folder gives the same bytes, and then goes.
         const QString target = m_root + QStringLiteral("/restored");
@@ -260,6 +263,11 @@ private Q_SLOTS:
         QVERIFY(key.size() >= 40);
         QVERIFY(!m_service->storeBytes().contains(key.toUtf8()));
         QCOMPARE(EngineTestSupport::snapshots(repository(plan->id()), key).size(), 1);
+        // Its key follows from what the service keeps, or from the plan's id: nothing to call encrypted.
+        const QJsonArray open
+            = listing(QStringLiteral("GetRestoreContentManualMode"), catalogPath(source + QStringLiteral("/todo.txt")));
+        QCOMPARE(open.size(), 1);
+        QCOMPARE(open.first().toObject().value(QStringLiteral("is_encrypted")).toBool(), false);
 
         // Encryption turned on later: the repository takes the plan's password and only that.
         plan->encryption().setEnabled(true);
@@ -514,11 +522,8 @@ private Q_SLOTS:
         plan->retentionPolicy().setKeepVersion(2);
         QVERIFY(EngineTestSupport::save(*m_client, *plan));
         EngineTestSupport::writeFile(source + QStringLiteral("/stable.txt"), "never changes\n");
-        EngineTestSupport::writeFile(source + QStringLiteral("/gone.txt"), "only in the first backup\n");
         for (int run = 1; run <= 3; ++run) {
             EngineTestSupport::writeFile(source + QStringLiteral("/changing.txt"), QByteArray::number(run));
-            if (run == 2)
-                QFile::remove(source + QStringLiteral("/gone.txt"));
             QCOMPARE(EngineTestSupport::run(*m_client, plan->id()).status, 6);
         }
         const auto kept = EngineTestSupport::snapshots(repository(plan->id()), QStringLiteral("keep"));
@@ -539,7 +544,6 @@ private Q_SLOTS:
         QCOMPARE(stable.size(), 1);
         QVERIFY(kept.at(0).first.startsWith(
             stable.first().toObject().value(QStringLiteral("Path")).toString().section(QLatin1Char('@'), 1)));
-        // The file that only the removed snapshot held is gone from the catalog.
         QStringList names;
         const QJsonArray folder = listing(QStringLiteral("GetRestoreContent"), catalogPath(source));
         for (const QJsonValue& value : folder)
@@ -551,7 +555,6 @@ private Q_SLOTS:
         QCOMPARE(restore(*back).status, 6);
         QCOMPARE(text(target + source + QStringLiteral("/stable.txt")), QStringLiteral("never changes\n"));
         QCOMPARE(text(target + source + QStringLiteral("/changing.txt")), QStringLiteral("3"));
-        QVERIFY(!QFile::exists(target + source + QStringLiteral("/gone.txt")));
     }
 
     void defaultRetentionComesFromTheProductsOptions()
@@ -579,6 +582,126 @@ private Q_SLOTS:
         QCOMPARE(versions.size(), 1);
         QVERIFY(left.first().first.startsWith(
             versions.first().toObject().value(QStringLiteral("Path")).toString().section(QLatin1Char('@'), 1)));
+    }
+
+    void filesThatWentMissingKeepTheirLastVersion_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::addColumn<int>("later");
+        QTest::addColumn<int>("snapshots");
+        QTest::addColumn<bool>("kept");
+        // Keep one version of each file: the first backup is the only one holding precious.txt.
+        QTest::newRow("unmounted disk") << "unmounted" << 6 << 2 << true;
+        QTest::newRow("unreadable file") << "unreadable" << 7 << 2 << true;
+        QTest::newRow("deleted, and the plan lets deleted files go") << "deleted" << 6 << 1 << false;
+    }
+
+    void filesThatWentMissingKeepTheirLastVersion()
+    {
+        QFETCH(QString, how);
+        QFETCH(int, later);
+        QFETCH(int, snapshots);
+        QFETCH(bool, kept);
+        const QString base = m_root + QStringLiteral("/missing-") + how;
+        const QString precious = base + QStringLiteral("/mnt/precious.txt");
+        const QString other = base + QStringLiteral("/work/other.txt");
+        EngineTestSupport::writeFile(precious, "the only copy\n");
+        auto plan = backupPlan(QStringLiteral("Missing"),
+            {base + QStringLiteral("/mnt"), base + QStringLiteral("/work")}, QStringLiteral("missing"));
+        plan->retentionPolicy().setType(Backup::RetentionPolicy::Custom);
+        plan->retentionPolicy().setUseKeepVersion(true);
+        plan->retentionPolicy().setKeepVersion(1);
+        plan->retentionPolicy().setUseDeleteLocaly(how == QLatin1String("deleted"));
+        plan->retentionPolicy().setDeleteLocalyAfter(0);
+        QVERIFY(EngineTestSupport::save(*m_client, *plan));
+        EngineTestSupport::writeFile(other, "1");
+        QCOMPARE(EngineTestSupport::run(*m_client, plan->id()).status, 6);
+
+        if (how == QLatin1String("unreadable")) {
+            // Reading another process's memory fails: restic cannot read the file and says so.
+            QProcess mount;
+            mount.start(
+                QStringLiteral("mount"), {QStringLiteral("--bind"), QStringLiteral("/proc/self/mem"), precious});
+            if (!mount.waitForFinished() || mount.exitCode() != 0)
+                QSKIP("bind mounts are not allowed here");
+        } else {
+            QVERIFY(QFile::remove(precious));
+        }
+        auto unmount = qScopeGuard([&] {
+            if (how == QLatin1String("unreadable"))
+                QProcess::execute(QStringLiteral("umount"), {precious});
+        });
+        for (int run = 2; run <= 3; ++run) {
+            EngineTestSupport::writeFile(other, QByteArray::number(run));
+            const RunOutcome outcome = EngineTestSupport::run(*m_client, plan->id());
+            QCOMPARE(outcome.status, later);
+        }
+        if (how == QLatin1String("unreadable"))
+            QCOMPARE(QProcess::execute(QStringLiteral("umount"), {precious}), 0);
+        unmount.dismiss();
+        QFile::remove(precious);
+
+        // Retention ran, and stopped at the snapshot that holds the only copy.
+        QCOMPARE(EngineTestSupport::snapshots(repository(plan->id()), QStringLiteral("missing")).size(), snapshots);
+        const QString target = m_root + QStringLiteral("/missing-out-") + how;
+        auto back = restorePlan({catalogPath(precious)}, target);
+        const RunOutcome restored = restore(*back);
+        QCOMPARE(restored.status, kept ? 6 : 8);
+        if (kept)
+            QCOMPARE(text(target + precious), QStringLiteral("the only copy\n"));
+        QCOMPARE(QFile::exists(target + precious), kept);
+        QVERIFY(!QFile::exists(target + other));
+    }
+
+    void syncRefusesRunsBesideItAndACancelKeepsTheCatalog()
+    {
+        const QString source = m_root + QStringLiteral("/synced");
+        const QString file = source + QStringLiteral("/diary.txt");
+        auto plan = backupPlan(QStringLiteral("Synced"), {source}, QStringLiteral("synced"));
+        QVERIFY(EngineTestSupport::save(*m_client, *plan));
+        for (int run = 1; run <= 3; ++run) {
+            EngineTestSupport::writeFile(file, QByteArray("day ") + QByteArray::number(run));
+            QCOMPARE(EngineTestSupport::run(*m_client, plan->id()).status, 6);
+        }
+        const QJsonArray before = listing(QStringLiteral("GetRestoreContentManualMode"), catalogPath(file));
+        QCOMPARE(before.size(), 3);
+
+        // A synchronisation rebuilds the catalog of the account's plans: not beside one of their runs.
+        const QJsonObject account {{QStringLiteral("id"), m_account.toString()}};
+        m_client->clearNotifications();
+        QVERIFY(m_client->call(QStringLiteral("PlanExecuteStart"), {{QStringLiteral("ID"), plan->id().toString()}})
+                    .success);
+        const ServiceReply refused = m_client->call(QStringLiteral("SynchronizeRepository"), account);
+        QVERIFY(!refused.success);
+        QVERIFY2(refused.error.contains(QStringLiteral("is running")), qPrintable(refused.error));
+        QCOMPARE(EngineTestSupport::waitForEnd(*m_client, plan->id()).status, 6);
+
+        // Cancelled while it reads this plan's snapshots: the catalog stays as it was.
+        m_client->clearNotifications();
+        QVERIFY(m_client->call(QStringLiteral("SynchronizeRepository"), account).success);
+        const QString reading
+            = QStringLiteral("Reading the backup %1/%2: snapshot 1 of").arg(prefix, plan->id().toString());
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                for (const QJsonObject& message : m_client->notifications()) {
+                    if (message.value(QStringLiteral("data"))
+                            .toObject()
+                            .value(QStringLiteral("message"))
+                            .toString()
+                            .startsWith(reading))
+                        return true;
+                }
+                return false;
+            },
+            120000));
+        const ServiceReply startDuringSync
+            = m_client->call(QStringLiteral("PlanExecuteStart"), {{QStringLiteral("ID"), plan->id().toString()}});
+        QVERIFY(m_client->call(QStringLiteral("SynchronizeRepositoryCancel"), account).success);
+        QVERIFY(m_client->waitForNotification(QLatin1String(Type::StorageSyncFinished), m_account.toString(), 60000));
+        QVERIFY(!startDuringSync.success);
+        QVERIFY2(
+            startDuringSync.error.contains(QStringLiteral("is being synchronised")), qPrintable(startDuringSync.error));
+        QCOMPARE(listing(QStringLiteral("GetRestoreContentManualMode"), catalogPath(file)).size(), 3);
     }
 };
 

@@ -1,8 +1,20 @@
 #include "service/schedule/next_run.h"
 #include "service/schedule/schedule_description.h"
 
+#include "platform/crypt/local_password.h"
+#include "platform/plan/backup_file.h"
 #include "platform/plan/schedule.h"
+#include "service/commands/command_router.h"
+#include "service/commands/plan_commands.h"
+#include "service/engine/engine.h"
+#include "service/schedule/scheduler.h"
+#include "service/server/service_server.h"
+#include "service/store/database.h"
+#include "service/store/history_store.h"
+#include "service/store/plan_store.h"
+#include "service/store/transaction.h"
 
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <ctime>
@@ -150,6 +162,21 @@ private Q_SLOTS:
         QTest::newRow("every 90 minutes, after the last")
             << every << berlin(2026, 5, 4, 11, 0) << berlin(2026, 5, 5, 8, 0);
 
+        // A window from 22:00 to 02:00 runs over midnight; on week days it belongs to the day it began.
+        const int overnight = add(::every(60, QTime(22, 0), QTime(2, 0)));
+        QTest::newRow("overnight, in the afternoon")
+            << overnight << berlin(2026, 5, 4, 15, 0) << berlin(2026, 5, 4, 22, 0);
+        QTest::newRow("overnight, before midnight")
+            << overnight << berlin(2026, 5, 4, 23, 10) << berlin(2026, 5, 5, 0, 0);
+        QTest::newRow("overnight, after midnight") << overnight << berlin(2026, 5, 5, 1, 0) << berlin(2026, 5, 5, 2, 0);
+        QTest::newRow("overnight, after its end") << overnight << berlin(2026, 5, 5, 2, 0) << berlin(2026, 5, 5, 22, 0);
+        // Friday's window reaches into Saturday, which has none of its own.
+        const int fridayNights = add(then(::every(90, QTime(22, 0), QTime(2, 0)), weekdays({4})));
+        QTest::newRow("overnight on Fridays, into Saturday")
+            << fridayNights << berlin(2026, 3, 13, 23, 40) << berlin(2026, 3, 14, 1, 0);
+        QTest::newRow("overnight on Fridays, not on Saturday night")
+            << fridayNights << berlin(2026, 3, 14, 1, 0) << berlin(2026, 3, 20, 22, 0);
+
         // Monday, Wednesday, Friday; 2026-03-13 is a Friday.
         const int weekly = add(then(daily(QTime(22, 30)), weekdays({0, 2, 4})));
         QTest::newRow("weekly, Friday night to Monday")
@@ -273,6 +300,70 @@ private Q_SLOTS:
             QStringLiteral("Monthly on the last Friday at 09:00, every 2 months"));
         Schedule off;
         QCOMPARE(TWB::Service::ScheduleDescription::text(off), QStringLiteral("Not scheduled"));
+    }
+
+    // A scheduler in this process, on a clock of the test's own, over a real store.
+    void clockGoneBackBringsStoredRunsNearAndRefusedRunsAreRecorded()
+    {
+        using namespace TWB::Service;
+        QTemporaryDir data;
+        QVERIFY(data.isValid());
+        qputenv("TWB_DATA_DIR", QFile::encodeName(data.path()));
+        QVERIFY(SHARED::cryptNS::ensure_local_key());
+        Database database(data.path() + QStringLiteral("/service.db"));
+        database.open();
+        CommandRouter router;
+        ServiceServer server(router);
+        PlanCommands commands(database, server);
+        Engine engine(database, server, commands, data.path());
+        Scheduler scheduler(database, engine, server);
+        // The clock stood a month ahead when the service started.
+        const QDateTime real = QDateTime::currentDateTimeUtc();
+        QDateTime now = real.addDays(30);
+        scheduler.setClock([&now] { return now; });
+
+        const auto save = [&](const QString& name, const QStringList& items, const QDateTime& next) {
+            TWB::Info::Plan::BackupFile plan;
+            plan.setId(QUuid::createUuid());
+            plan.setName(name);
+            plan.setItems(items);
+            daily(QTime(3, 0))(plan.schedule());
+            PlanRecord record;
+            record.id = plan.id();
+            record.name = name;
+            record.xml = plan.toXml();
+            record.nextRun = next.isValid() ? next : NextRun::after(plan.schedule(), now);
+            PlanStore store(database);
+            Transaction transaction(database);
+            store.save(record);
+            store.setNextRun(record.id, record.nextRun, QDateTime());
+            transaction.commit();
+            return record.id;
+        };
+        const QUuid ahead = save(QStringLiteral("Ahead"), {QStringLiteral("/tmp")}, QDateTime());
+        const QDateTime stored = PlanStore(database).find(ahead)->nextRun;
+        QVERIFY(stored > real.addDays(29));
+        scheduler.start();
+        QCOMPARE(PlanStore(database).find(ahead)->nextRun, stored);
+
+        // The clock is set right; a plan that is due makes the scheduler look at once. It cannot
+        // run, with no account: that is a failed run of its own, and its last result.
+        now = real;
+        const QUuid due = save(QStringLiteral("Due"), {QStringLiteral("/tmp")}, real.addSecs(-60));
+        scheduler.plansChanged();
+        QTRY_VERIFY_WITH_TIMEOUT(PlanStore(database).find(ahead)->nextRun <= real.addDays(1), 5000);
+        QVERIFY(PlanStore(database).find(ahead)->nextRun > real);
+        const QList<RunRecord> refused = HistoryStore(database).runs(due, QDateTime(), 0, 10);
+        QCOMPARE(refused.size(), 1);
+        QCOMPARE(refused.first().result, 8);
+        const QString reason
+            = QStringLiteral("The scheduled run did not start: The plan \"Due\" has no storage account");
+        QCOMPARE(refused.first().errorMessage, reason);
+        const std::optional<PlanRecord> row = PlanStore(database).find(due);
+        QVERIFY(row->lastRun.has_value());
+        QCOMPARE(row->lastRun->status, 8);
+        QCOMPARE(row->lastRun->message, reason);
+        QVERIFY(row->nextRun > real);
     }
 };
 
