@@ -175,9 +175,11 @@ QTreeView* ConsoleWindow::makePlanView(const QString& modelName)
     const QString time
         = QLocale::system().toString(QDateTime(QDate(2026, 12, 28), QTime(23, 59, 59)), QLocale::ShortFormat);
     const int icon = view->style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, view) + 6;
-    const QList<QPair<int, int>> columns = {{nameColumn, metrics.horizontalAdvance(QLatin1Char('M')) * 10},
+    // A name as users give them is read whole, beside its icon; a progress label that outgrows its
+    // column shows whole in its tool tip.
+    const QList<QPair<int, int>> columns = {{nameColumn, room(nameColumn, QStringLiteral("My documents"), icon)},
         {statusColumn, room(statusColumn, tr("Stop"), icon)},
-        {lastStatusColumn, room(lastStatusColumn, QStringLiteral("Uploading 100% \u00b7 9.9 MB/s"))},
+        {lastStatusColumn, room(lastStatusColumn, QStringLiteral("Uploading 99% \u00b7 99 MB/s"))},
         {lastTimeColumn, room(lastTimeColumn, time)}, {nextRunColumn, room(nextRunColumn, time)},
         {durationColumn, room(durationColumn, QStringLiteral("59 min"))},
         {sizeColumn, room(sizeColumn, QStringLiteral("999.9 MB"))}, {messageColumn, 240}, {storageColumn, 140},
@@ -270,6 +272,8 @@ void ConsoleWindow::buildActions()
     m_remove = toolbar->addAction(IconManager::icon(IconManager::Remove, IconManager::Small), tr("Remove"));
     m_remove->setToolTip(tr("Remove the selected plan"));
     m_toolbar = toolbar;
+    // A tab without actions leaves the bar empty; it keeps its height so that the tabs do not jump.
+    toolbar->setMinimumHeight(toolbar->sizeHint().height());
     for (QAction* action : {m_start, m_stop, m_runFull, m_remove})
         m_toolTips.insert(action, action->toolTip());
     const QList<QAction*> planActions = toolbar->actions();

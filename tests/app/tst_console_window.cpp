@@ -23,6 +23,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QStatusBar>
+#include <QStyle>
 #include <QTabWidget>
 #include <QToolBar>
 #include <QTreeView>
@@ -323,8 +324,13 @@ private Q_SLOTS:
             QStringList({QStringLiteral("Start"), QStringLiteral("Stop"), QStringLiteral("Run full backup"),
                 QStringLiteral("Remove")}));
 
+        const QPoint tabsAt = m_window->tabs()->mapTo(m_window.get(), QPoint());
+
         // The storage tab: no plan is in view, so no plan action is offered or can act.
         m_window->tabs()->setCurrentWidget(m_window->storageView());
+        // An empty bar keeps its height: the tabs stay where the user clicked.
+        QTRY_VERIFY(!m_window->toolBar()->widgetForAction(m_window->startAction())->isVisible());
+        QCOMPARE(m_window->tabs()->mapTo(m_window.get(), QPoint()), tabsAt);
         m_window->storageView()->setCurrentIndex(m_window->storageView()->model()->index(0, 0));
         QVERIFY(m_window->currentPlan().isNull());
         QCOMPARE(toolbarTexts(m_window->toolBar()), QStringList());
@@ -398,6 +404,10 @@ private Q_SLOTS:
         QTreeView* freshView = fresh.backupView();
         QTRY_VERIFY(freshView->model()->rowCount() >= 3);
         QVERIFY(fresh.grab().save(TestEnvironment::outputDir() + QStringLiteral("/console_window_new.png")));
+        // A usual plan name is read whole, beside the plan's icon.
+        const int icon = freshView->style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, freshView);
+        QVERIFY(freshView->columnWidth(1)
+            >= freshView->fontMetrics().horizontalAdvance(QStringLiteral("My documents")) + icon + 16);
         for (int column : {1, 4, 6, 7, 9, 10, 13}) {
             const QRect cell = freshView->visualRect(freshView->model()->index(0, column));
             QVERIFY2(cell.left() >= 0 && cell.right() <= freshView->viewport()->width(),
