@@ -23,6 +23,8 @@ void CertificateCommands::registerAt(CommandRouter& router)
         [this](const QJsonObject& params, const Responder& respond) { peerCertificate(params, respond); });
     router.add(QStringLiteral("AppendToSslStorage"),
         [this](const QJsonObject& params, const Responder& respond) { appendToStorage(params, respond); });
+    router.add(QStringLiteral("ReadFromSslStorage"),
+        [this](const QJsonObject& params, const Responder& respond) { readStorage(params, respond); });
 }
 
 void CertificateCommands::peerCertificate(const QJsonObject& request, const Responder& respond)
@@ -57,6 +59,20 @@ void CertificateCommands::appendToStorage(const QJsonObject& request, const Resp
     TWL::TwlDebug("TWB").info() << "Trusted" << certificates.size() << "certificate(s) of"
                                 << certificates.first().subjectDisplayName();
     respond.success({{QStringLiteral("fingerprints"), fingerprints}});
+}
+
+void CertificateCommands::readStorage(const QJsonObject& request, const Responder& respond)
+{
+    Q_UNUSED(request)
+    // The console's own cloud operations run rclone, which must trust what the user trusted here.
+    QJsonArray certificates;
+    const QList<QSslCertificate> all = CertificateStore(m_database).all();
+    for (const QSslCertificate& certificate : all) {
+        certificates.append(QJsonObject {{QStringLiteral("pem"), QString::fromLatin1(certificate.toPem())},
+            {QStringLiteral("fingerprint"), CertificateStore::fingerprint(certificate)},
+            {QStringLiteral("subject"), certificate.subjectDisplayName()}});
+    }
+    respond.success({{QStringLiteral("certificates"), certificates}});
 }
 
 } // namespace TWB::Service

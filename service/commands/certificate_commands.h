@@ -10,8 +10,9 @@ class CommandRouter;
 class Database;
 class Responder;
 
-/// "GetPeerSslCertificate", which fetches the certificate an endpoint shows, and
-/// "AppendToSslStorage", which keeps a certificate the user chose to trust.
+/// "GetPeerSslCertificate", which fetches the certificate an endpoint shows,
+/// "AppendToSslStorage", which keeps a certificate the user chose to trust, and "ReadFromSslStorage",
+/// which gives all of them.
 class CertificateCommands final
 {
 public:
@@ -31,6 +32,7 @@ public:
 private:
     void peerCertificate(const QJsonObject& params, const Responder& respond);
     void appendToStorage(const QJsonObject& params, const Responder& respond);
+    void readStorage(const QJsonObject& params, const Responder& respond);
 
     Database& m_database;
     QObject* m_owner; // not owned

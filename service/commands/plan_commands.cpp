@@ -10,17 +10,20 @@
 #include "service/commands/command_router.h"
 #include "service/store/database.h"
 #include "service/schedule/next_run.h"
+#include "service/commands/notifier.h"
 #include "service/commands/params.h"
 #include "service/engine/plan_paths.h"
 #include "service/store/plan_store.h"
 #include "service/commands/responder.h"
 #include "service/schedule/schedule_description.h"
-#include "service/server/service_server.h"
 #include "service/store/store_time.h"
 #include "service/store/transaction.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QSet>
+
+#include <cstdio>
 
 namespace TWB::Service {
 
@@ -41,11 +44,128 @@ QJsonValue numberOrEmpty(bool present, double value)
     return present ? QJsonValue(value) : QJsonValue(QString());
 }
 
+/// JSON text written straight into a buffer. A list of 10,000 plans built as QJsonObjects and then
+/// serialised took twice as long as everything else the command does.
+class JsonWriter final
+{
+public:
+    explicit JsonWriter(QByteArray& out)
+        : m_out(out)
+    { }
+
+    void key(const char* name)
+    {
+        m_out.append(m_first ? "\"" : ",\"").append(name).append("\":");
+        m_first = false;
+    }
+    void beginObject()
+    {
+        m_out.append('{');
+        m_first = true;
+    }
+    void endObject() { m_out.append('}'); }
+    void number(qint64 value) { m_out.append(QByteArray::number(value)); }
+    void numberOrEmpty(bool present, qint64 value)
+    {
+        if (present)
+            number(value);
+        else
+            m_out.append("\"\"");
+    }
+    void string(const QString& text)
+    {
+        m_out.append('"');
+        const QByteArray utf8 = text.toUtf8();
+        for (const char c : utf8) {
+            const auto byte = static_cast<unsigned char>(c);
+            if (byte == '"' || byte == '\\') {
+                m_out.append('\\').append(c);
+            } else if (byte < 0x20) {
+                static const char hex[] = "0123456789abcdef";
+                m_out.append("\\u00").append(hex[byte >> 4]).append(hex[byte & 0xf]);
+            } else {
+                m_out.append(c);
+            }
+        }
+        m_out.append('"');
+    }
+    /// The form of StoreTime::toIso, "yyyy-MM-ddThh:mm:ssZ", or empty for no time.
+    void time(const QDateTime& value)
+    {
+        if (!value.isValid()) {
+            m_out.append("\"\"");
+            return;
+        }
+        const QDateTime utc = value.timeSpec() == Qt::UTC ? value : value.toUTC();
+        const QDate d = utc.date();
+        const QTime t = utc.time();
+        if (d.year() < 0 || d.year() > 9999) {
+            string(StoreTime::toIso(utc));
+            return;
+        }
+        char text[24];
+        std::snprintf(text, sizeof text, "\"%04d-%02d-%02dT%02d:%02d:%02dZ\"", d.year(), d.month(), d.day(), t.hour(),
+            t.minute(), t.second());
+        m_out.append(text);
+    }
+
+private:
+    QByteArray& m_out;
+    bool m_first = true;
+};
+
+/// The same fields as PlanCommands::info(), as JSON text.
+void writeInfo(JsonWriter& json, const PlanRecord& plan)
+{
+    const bool ran = plan.lastRun.has_value();
+    const PlanRecord::LastRun last = plan.lastRun.value_or(PlanRecord::LastRun());
+    json.beginObject();
+    json.key("ID");
+    json.string(plan.id.toString());
+    json.key("Name");
+    json.string(plan.name);
+    json.key("SubType");
+    json.number(plan.subtype);
+    json.key("Schedule");
+    json.string(plan.scheduleText);
+    json.key("Status");
+    json.number(plan.status);
+    json.key("StorageId");
+    json.string(plan.storage.isNull() ? QString() : plan.storage.toString());
+    json.key("LastRunMessage");
+    json.string(last.message);
+    json.key("LastRunStatus");
+    json.numberOrEmpty(ran, last.status);
+    json.key("LastRunTime");
+    json.time(last.time);
+    json.key("NextRun");
+    json.time(plan.nextRun);
+    json.key("LastDuration");
+    json.numberOrEmpty(ran, last.duration);
+    json.key("LastUploadedCount");
+    json.numberOrEmpty(ran, last.uploadedCount);
+    json.key("LastFailedCount");
+    json.numberOrEmpty(ran, last.failedCount);
+    json.key("LastUploadedSize");
+    json.numberOrEmpty(ran, last.uploadedSize);
+    json.key("Type");
+    json.number(plan.type);
+    json.key("NextRunFull");
+    json.time(plan.nextRunFull);
+    json.key("NextRunReal");
+    json.time(plan.nextRun);
+    json.key("LastFileCount");
+    json.numberOrEmpty(ran, last.fileCount);
+    json.key("LastFileSize");
+    json.numberOrEmpty(ran, last.fileSize);
+    json.endObject();
+}
+
 } // namespace
 
-PlanCommands::PlanCommands(Database& database, ServiceServer& server)
+PlanCommands::PlanCommands(Database& database, Notifier& notifier)
     : m_database(database)
-    , m_server(server)
+    , m_notifier(notifier)
 { }
 
 PlanCommands::~PlanCommands() = default;
@@ -122,10 +242,17 @@ std::shared_ptr<Base> PlanCommands::parsed(const QUuid& id)
 void PlanCommands::getList(const QJsonObject&, const Responder& respond)
 {
     const QList<PlanRecord> plans = PlanStore(m_database).all();
-    QJsonArray list;
-    for (const PlanRecord& plan : qAsConst(plans))
-        list.append(info(plan));
-    respond.success({{QStringLiteral("planList"), list}});
+    QByteArray data;
+    data.reserve(64 + plans.size() * 640);
+    data.append("{\"planList\":[");
+    for (int i = 0; i < plans.size(); ++i) {
+        if (i > 0)
+            data.append(',');
+        JsonWriter json(data);
+        writeInfo(json, plans.at(i));
+    }
+    data.append("]}");
+    respond.successJson(data);
 }
 
 void PlanCommands::getInfo(const QJsonObject& request, const Responder& respond)
@@ -198,7 +325,7 @@ void PlanCommands::update(const QJsonObject& request, const Responder& respond)
     m_parsed.insert(id, plan);
 
     TWL::TwlDebug("TWB").info() << (created ? "Created" : "Updated") << "plan" << id.toString() << record.name;
-    m_server.broadcast(
+    m_notifier.send(
         QLatin1String(created ? Type::PlanCreated : Type::PlanUpdated), {{QStringLiteral("id"), notifyId(id)}});
     respond.success();
     if (m_changed)
@@ -227,7 +354,7 @@ void PlanCommands::removePlan(const QUuid& id)
     m_parsed.remove(id);
 
     TWL::TwlDebug("TWB").info() << "Removed plan" << id.toString();
-    m_server.broadcast(QLatin1String(Type::PlanRemoved), {{QStringLiteral("id"), notifyId(id)}});
+    m_notifier.send(QLatin1String(Type::PlanRemoved), {{QStringLiteral("id"), notifyId(id)}});
     if (m_changed)
         m_changed();
 }

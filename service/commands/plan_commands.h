@@ -17,14 +17,14 @@ struct PlanRecord;
 class CommandRouter;
 class Database;
 class Responder;
-class ServiceServer;
+class Notifier;
 
 /// Plans: "PlanGetList", "PlanGetInfo", "PlanGetXML", "PlanUpdate", "PlanRemove" and
 /// "GetUsedShare". Running them is the engine's.
 class PlanCommands final
 {
 public:
-    PlanCommands(Database& database, ServiceServer& server);
+    PlanCommands(Database& database, Notifier& notifier);
     ~PlanCommands();
     PlanCommands(const PlanCommands&) = delete;
     PlanCommands& operator=(const PlanCommands&) = delete;
@@ -57,7 +57,7 @@ private:
     std::shared_ptr<TWB::Info::Plan::Base> parsed(const QUuid& id);
 
     Database& m_database;
-    ServiceServer& m_server;
+    Notifier& m_notifier;
     QHash<QUuid, std::shared_ptr<TWB::Info::Plan::Base>> m_parsed;
     std::function<bool(const QUuid&)> m_isRunning;
     std::function<void()> m_changed;

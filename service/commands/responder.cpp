@@ -4,6 +4,8 @@
 #include "platform/communication/json_line_socket.h"
 #include "platform/logging/twl_debug.h"
 
+#include <QJsonDocument>
+
 namespace TWB::Service {
 
 namespace Keys = TWB::Common::Communication::JsonKeys;
@@ -15,25 +17,50 @@ struct Responder::State
     QString command;
     bool replied = false;
 
-    void send(bool success, const QString& text, const QJsonObject& data)
+    /// True when this is the first reply and someone is there to read it.
+    bool claim()
     {
         if (replied) {
             TWL::TwlDebug("TWB").warning() << "Second reply to" << command << "dropped";
-            return;
+            return false;
         }
         replied = true;
         if (!client) {
             TWL::TwlDebug("TWB").debug() << "Client of" << command << "left before its reply";
-            return;
+            return false;
         }
+        return true;
+    }
+
+    QJsonObject envelope(bool success, const QString& text) const
+    {
         QJsonObject reply;
         reply.insert(Keys::Type, Keys::Reply);
         reply.insert(Keys::Id, id);
         reply.insert(Keys::Command, command);
         reply.insert(Keys::Success, success);
         reply.insert(Keys::ErrorString, text);
+        return reply;
+    }
+
+    void send(bool success, const QString& text, const QJsonObject& data)
+    {
+        if (!claim())
+            return;
+        QJsonObject reply = envelope(success, text);
         reply.insert(Keys::Data, data);
         client->send(reply);
+    }
+
+    void sendJson(const QByteArray& data)
+    {
+        if (!claim())
+            return;
+        QByteArray line = QJsonDocument(envelope(true, QString())).toJson(QJsonDocument::Compact);
+        line.chop(1); // the closing brace: "data" goes in before it
+        line.reserve(line.size() + data.size() + 12);
+        line.append(",\"data\":").append(data).append("}\n");
+        client->sendRaw(line);
     }
 
     ~State()
@@ -54,6 +81,11 @@ Responder::Responder(TWB::Common::Communication::JsonLineSocket* client, const Q
 void Responder::success(const QJsonObject& data) const
 {
     m_state->send(true, QString(), data);
+}
+
+void Responder::successJson(const QByteArray& data) const
+{
+    m_state->sendJson(data);
 }
 
 void Responder::fail(const QString& text, const QJsonObject& data) const

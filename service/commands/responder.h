@@ -21,6 +21,9 @@ public:
     Responder(TWB::Common::Communication::JsonLineSocket* client, const QString& id, const QString& command);
 
     void success(const QJsonObject& data = QJsonObject()) const;
+    /// A success whose "data" is already JSON text of an object: for lists too large to build as a
+    /// QJsonObject first.
+    void successJson(const QByteArray& data) const;
     void fail(const QString& text, const QJsonObject& data = QJsonObject()) const;
 
     QString command() const;

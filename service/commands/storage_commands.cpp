@@ -8,10 +8,10 @@
 #include "service/commands/command_router.h"
 #include "service/store/database.h"
 #include "service/store/option_store.h"
+#include "service/commands/notifier.h"
 #include "service/commands/params.h"
 #include "service/store/plan_store.h"
 #include "service/commands/responder.h"
-#include "service/server/service_server.h"
 #include "service/store/transaction.h"
 
 #include <QDir>
@@ -69,9 +69,9 @@ void prepareFolder(const Params& params, const QString& path)
 
 } // namespace
 
-StorageCommands::StorageCommands(Database& database, ServiceServer& server)
+StorageCommands::StorageCommands(Database& database, Notifier& notifier)
     : m_database(database)
-    , m_server(server)
+    , m_notifier(notifier)
 { }
 
 void StorageCommands::registerAt(CommandRouter& router)
@@ -184,7 +184,7 @@ void StorageCommands::save(const QJsonObject& request, const Responder& respond)
         transaction.commit();
 
         TWL::TwlDebug("TWB").info() << (created ? "Added" : "Updated") << "storage account" << account.id.toString();
-        m_server.broadcast(QLatin1String(created ? Type::StorageAdded : Type::StorageUpdated),
+        m_notifier.send(QLatin1String(created ? Type::StorageAdded : Type::StorageUpdated),
             {{QStringLiteral("id"), account.id.toString()}});
         respond.success({{QStringLiteral("SaveStorage"), QStringLiteral("success")}});
     } catch (const QString& text) {
@@ -212,7 +212,7 @@ void StorageCommands::remove(const QJsonObject& request, const Responder& respon
         transaction.commit();
 
         TWL::TwlDebug("TWB").info() << "Removed storage account" << id.toString();
-        m_server.broadcast(QLatin1String(Type::StorageRemoved), {{QStringLiteral("id"), id.toString()}});
+        m_notifier.send(QLatin1String(Type::StorageRemoved), {{QStringLiteral("id"), id.toString()}});
         respond.success({{QStringLiteral("storageDeleteFileSystem"), QStringLiteral("success")}});
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << "StorageDeleteFileSystem refused:" << text;

@@ -11,14 +11,14 @@ struct Account;
 class CommandRouter;
 class Database;
 class Responder;
-class ServiceServer;
+class Notifier;
 
 /// Storage accounts: "StorageGetConnection", "SaveStorage" and "StorageDeleteFileSystem", and the
 /// account a new user starts with.
 class StorageCommands final
 {
 public:
-    StorageCommands(Database& database, ServiceServer& server);
+    StorageCommands(Database& database, Notifier& notifier);
     StorageCommands(const StorageCommands&) = delete;
     StorageCommands& operator=(const StorageCommands&) = delete;
 
@@ -41,7 +41,7 @@ private:
     void remove(const QJsonObject& params, const Responder& respond);
 
     Database& m_database;
-    ServiceServer& m_server;
+    Notifier& m_notifier;
     std::function<bool(const QUuid&)> m_syncing;
 };
 

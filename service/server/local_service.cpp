@@ -5,6 +5,7 @@
 #include "service/commands/certificate_commands.h"
 #include "service/commands/content_commands.h"
 #include "service/store/database.h"
+#include "service/store/transaction.h"
 #include "service/engine/engine.h"
 #include "service/commands/history_commands.h"
 #include "service/commands/plan_commands.h"
@@ -23,7 +24,9 @@ namespace TWB::Service {
 LocalService::LocalService(QObject* parent)
     : QObject(parent)
     , m_server(m_router)
-{ }
+{
+    connect(&m_notifier, &Notifier::notification, &m_server, &ServiceServer::broadcast);
+}
 
 LocalService::~LocalService()
 {
@@ -68,8 +71,8 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         m_database = std::make_unique<Database>(storeFile(dataDir));
         m_database->open();
 
-        m_plans = std::make_unique<PlanCommands>(*m_database, m_server);
-        m_storages = std::make_unique<StorageCommands>(*m_database, m_server);
+        m_plans = std::make_unique<PlanCommands>(*m_database, m_notifier);
+        m_storages = std::make_unique<StorageCommands>(*m_database, m_notifier);
         m_history = std::make_unique<HistoryCommands>(*m_database);
         m_content = std::make_unique<ContentCommands>(*m_database);
         m_certificates = std::make_unique<CertificateCommands>(*m_database, this);
@@ -114,7 +117,15 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
             *error = text;
         return false;
     }
-    m_scheduler->start();
+    try {
+        // After the machine was off, the first pass moves every missed plan's next run: one durable
+        // commit for all of them rather than one each, which kept the first commands waiting for seconds.
+        Transaction startPass(*m_database);
+        m_scheduler->start();
+        startPass.commit();
+    } catch (const QString& text) {
+        TWL::TwlDebug("TWB").warning() << "Cannot record the schedule's first pass:" << text;
+    }
     return true;
 }
 

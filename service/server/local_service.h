@@ -1,6 +1,7 @@
 #pragma once
 
 #include "service/commands/command_router.h"
+#include "service/commands/notifier.h"
 #include "service/server/service_server.h"
 
 #include <QObject>
@@ -41,6 +42,7 @@ public:
 private:
     CommandRouter m_router;
     ServiceServer m_server;
+    Notifier m_notifier;
     std::unique_ptr<Database> m_database;
     std::unique_ptr<PlanCommands> m_plans;
     std::unique_ptr<StorageCommands> m_storages;

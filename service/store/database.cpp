@@ -131,6 +131,15 @@ void Database::exec(const QString& statement)
         throw QStringLiteral("The store failed \"%1\": %2").arg(statement.simplified(), reasonOf(query.lastError()));
 }
 
+qint64 Database::dataVersion()
+{
+    QSqlQuery query(handle());
+    if (!query.exec(QStringLiteral("PRAGMA data_version")) || !query.next())
+        throw QStringLiteral("Cannot read the data version of the store %1: %2")
+            .arg(m_file, reasonOf(query.lastError()));
+    return query.value(0).toLongLong();
+}
+
 QVariant Database::scalar(QSqlQuery& query, const QVariant& fallback)
 {
     exec(query);

@@ -5,7 +5,11 @@
 #include <QString>
 #include <QVariant>
 
+#include <memory>
+
 namespace TWB::Service {
+
+struct PlanListCache;
 
 /// One connection to the service's SQLite store: WAL journal, full syncs, foreign keys on, and the
 /// schema brought up to date when it opens. Statements that fail throw a QString that names the
@@ -40,6 +44,15 @@ public:
 
     QSqlDatabase handle() const;
 
+    /// SQLite's count of what other connections committed: what was read before it moved is stale.
+    qint64 dataVersion();
+    /// The plan list PlanStore keeps between calls on this connection; null until it is first read.
+    std::shared_ptr<PlanListCache>& planListCache() { return m_planList; }
+    /// Transactions open on this connection now: the first is SQLite's, the others savepoints in it.
+    int& transactionDepth() { return m_transactionDepth; }
+    /// Forgets whatever was kept of the tables, as after a rollback.
+    void dropCaches() { m_planList.reset(); }
+
     /// A text to bind: Qt binds a null QString as SQL NULL, which NOT NULL columns refuse.
     static QString text(const QString& value) { return value.isNull() ? QStringLiteral("") : value; }
 
@@ -48,6 +61,8 @@ private:
 
     QString m_file;
     QString m_connection;
+    std::shared_ptr<PlanListCache> m_planList;
+    int m_transactionDepth = 0;
 };
 
 } // namespace TWB::Service

@@ -4,7 +4,36 @@
 #include "service/store/database.h"
 #include "service/store/store_time.h"
 
+#include <QHash>
+#include <QVector>
+
+#include <algorithm>
+
 namespace TWB::Service {
+
+/// The plan list as all() gives it, kept beside the connection so that the scheduler's and the
+/// console's listings do not read and convert every row each time. PlanStore's own writes update
+/// it; a rollback drops it, and a change by another connection makes it stale.
+struct PlanListCache
+{
+    qint64 dataVersion = -1;
+    QList<PlanRecord> plans; // without the XML, in list order
+    QVector<QString> created; // each plan's creation time as stored: the list's order
+    QHash<QUuid, int> rows;
+
+    void reindex()
+    {
+        rows.clear();
+        rows.reserve(plans.size());
+        for (int row = 0; row < plans.size(); ++row)
+            rows.insert(plans.at(row).id, row);
+    }
+    PlanRecord* find(const QUuid& id)
+    {
+        const auto row = rows.constFind(id);
+        return row == rows.constEnd() ? nullptr : &plans[row.value()];
+    }
+};
 
 namespace {
 
@@ -41,6 +70,12 @@ PlanRecord fromRow(const QSqlQuery& row)
     return plan;
 }
 
+/// A time as it reads back from the store, to the second.
+QDateTime stored(const QDateTime& time)
+{
+    return StoreTime::fromText(StoreTime::toText(time));
+}
+
 QString idText(const QUuid& id)
 {
     return id.isNull() ? QString() : id.toString();
@@ -59,14 +94,34 @@ QString sealed(const PlanRecord& plan)
 
 QList<PlanRecord> PlanStore::all()
 {
-    QSqlQuery query
-        = m_database.prepare(QStringLiteral("SELECT %1 FROM plans ORDER BY created_utc, rowid").arg(summaryColumns));
+    return list().plans;
+}
+
+PlanListCache& PlanStore::list()
+{
+    std::shared_ptr<PlanListCache>& cache = m_database.planListCache();
+    const qint64 version = m_database.dataVersion();
+    if (cache && cache->dataVersion == version)
+        return *cache;
+    auto fresh = std::make_shared<PlanListCache>();
+    QSqlQuery query = m_database.prepare(
+        QStringLiteral("SELECT %1, created_utc FROM plans ORDER BY created_utc, rowid").arg(summaryColumns));
     query.setForwardOnly(true);
     m_database.exec(query);
-    QList<PlanRecord> plans;
-    while (query.next())
-        plans.append(fromRow(query));
-    return plans;
+    while (query.next()) {
+        fresh->plans.append(fromRow(query));
+        fresh->created.append(query.value(18).toString());
+    }
+    fresh->dataVersion = version;
+    fresh->reindex();
+    cache = std::move(fresh);
+    return *cache;
+}
+
+PlanListCache* PlanStore::kept()
+{
+    const std::shared_ptr<PlanListCache>& cache = m_database.planListCache();
+    return cache && cache->dataVersion == m_database.dataVersion() ? cache.get() : nullptr;
 }
 
 std::optional<PlanRecord> PlanStore::find(const QUuid& id)
@@ -107,8 +162,22 @@ bool PlanStore::save(const PlanRecord& plan)
     update.addBindValue(Database::text(now));
     update.addBindValue(Database::text(plan.id.toString()));
     m_database.exec(update);
-    if (update.numRowsAffected() > 0)
+    if (update.numRowsAffected() > 0) {
+        if (PlanListCache* cache = kept()) {
+            if (PlanRecord* kept = cache->find(plan.id)) {
+                kept->name = Database::text(plan.name);
+                kept->subtype = plan.subtype;
+                kept->type = plan.type;
+                kept->storage = plan.storage;
+                kept->scheduleText = Database::text(plan.scheduleText);
+                kept->nextRun = stored(plan.nextRun);
+                kept->nextRunFull = stored(plan.nextRunFull);
+            } else {
+                m_database.dropCaches();
+            }
+        }
         return false;
+    }
     QSqlQuery insert = m_database.prepare(
         QStringLiteral("INSERT INTO plans (id, name, subtype, type, storage_id, schedule_text, next_run_utc, "
                        "next_run_full_utc, xml, status, created_utc, updated_utc) "
@@ -126,6 +195,21 @@ bool PlanStore::save(const PlanRecord& plan)
     insert.addBindValue(Database::text(now));
     insert.addBindValue(Database::text(now));
     m_database.exec(insert);
+    if (PlanListCache* cache = kept()) {
+        PlanRecord summary = plan;
+        summary.xml.clear();
+        summary.name = Database::text(plan.name);
+        summary.scheduleText = Database::text(plan.scheduleText);
+        summary.nextRun = stored(plan.nextRun);
+        summary.nextRunFull = stored(plan.nextRunFull);
+        summary.lastRun.reset();
+        // After every plan made in the same second or before, as the rowid orders them.
+        const int row
+            = int(std::upper_bound(cache->created.begin(), cache->created.end(), now) - cache->created.begin());
+        cache->plans.insert(row, summary);
+        cache->created.insert(row, now);
+        cache->reindex();
+    }
     return true;
 }
 
@@ -134,6 +218,14 @@ bool PlanStore::remove(const QUuid& id)
     QSqlQuery query = m_database.prepare(QStringLiteral("DELETE FROM plans WHERE id = ?"));
     query.addBindValue(Database::text(id.toString()));
     m_database.exec(query);
+    if (PlanListCache* cache = kept()) {
+        const auto row = cache->rows.constFind(id);
+        if (row != cache->rows.constEnd()) {
+            cache->plans.removeAt(row.value());
+            cache->created.remove(row.value());
+            cache->reindex();
+        }
+    }
     return query.numRowsAffected() > 0;
 }
 
@@ -145,6 +237,12 @@ void PlanStore::setNextRun(const QUuid& id, const QDateTime& nextRun, const QDat
     query.addBindValue(Database::text(StoreTime::toText(nextRunFull)));
     query.addBindValue(Database::text(id.toString()));
     m_database.exec(query);
+    if (PlanListCache* cache = kept()) {
+        if (PlanRecord* plan = cache->find(id)) {
+            plan->nextRun = stored(nextRun);
+            plan->nextRunFull = stored(nextRunFull);
+        }
+    }
 }
 
 void PlanStore::setStatus(const QUuid& id, int status)
@@ -153,6 +251,10 @@ void PlanStore::setStatus(const QUuid& id, int status)
     query.addBindValue(status);
     query.addBindValue(Database::text(id.toString()));
     m_database.exec(query);
+    if (PlanListCache* cache = kept()) {
+        if (PlanRecord* plan = cache->find(id))
+            plan->status = status;
+    }
 }
 
 void PlanStore::setLastRun(const QUuid& id, const PlanRecord::LastRun& lastRun)
@@ -172,6 +274,14 @@ void PlanStore::setLastRun(const QUuid& id, const PlanRecord::LastRun& lastRun)
     query.addBindValue(lastRun.fileSize);
     query.addBindValue(Database::text(id.toString()));
     m_database.exec(query);
+    if (PlanListCache* cache = kept()) {
+        if (PlanRecord* plan = cache->find(id)) {
+            PlanRecord::LastRun last = lastRun;
+            last.message = Database::text(lastRun.message);
+            last.time = stored(lastRun.time);
+            plan->lastRun = last;
+        }
+    }
 }
 
 QStringList PlanStore::namesUsingStorage(const QUuid& storage)

@@ -12,6 +12,7 @@
 namespace TWB::Service {
 
 class Database;
+struct PlanListCache;
 
 /// A plan as the store keeps it: the XML, what the plan table shows of it, and the summary of
 /// its last run. The run summary is null until a run writes it.
@@ -52,7 +53,8 @@ public:
         : m_database(database)
     { }
 
-    /// Every plan, oldest first, without the XML, which listings do not need.
+    /// Every plan, oldest first, without the XML, which listings do not need. Kept between calls on
+    /// the connection, so that a list of thousands of plans is read from the file once.
     QList<PlanRecord> all();
     /// One plan with its XML, deciphered.
     std::optional<PlanRecord> find(const QUuid& id);
@@ -68,6 +70,11 @@ public:
     QStringList namesUsingStorage(const QUuid& storage);
 
 private:
+    /// The kept list, read anew when there is none or another connection changed the file.
+    PlanListCache& list();
+    /// The kept list when it is current, to be updated with a write; null otherwise.
+    PlanListCache* kept();
+
     Database& m_database;
 };
 

@@ -15,7 +15,22 @@ namespace TWB::GUI {
 
 namespace {
 const char* const handledSchemes[] = {"file", "http", "https"};
+
+/// The edition and the support address, read from the configuration file once: they cannot change while
+/// the console runs, and the widgets that ask do so while they paint.
+struct Configuration
+{
+    bool managed = SHARED::defines::common::is_fbs();
+    QString supportEmail = SHARED::functions::files_operations::get_attrib_from_file(
+        SHARED::defines::Path::ETC::CONFIG::tidewrackBackup_conf(), QStringLiteral("supportEmail"));
+};
+
+const Configuration& configuration()
+{
+    static const Configuration read;
+    return read;
 }
+} // namespace
 
 Application::Application(int& argc, char** argv, int flags)
     : QApplication(argc, argv, flags)
@@ -36,12 +51,12 @@ void Application::restart()
 
 bool Application::isStandalon()
 {
-    return SHARED::defines::common::is_standalone();
+    return !configuration().managed;
 }
 
 bool Application::isFbs()
 {
-    return SHARED::defines::common::is_fbs();
+    return configuration().managed;
 }
 
 QString Application::applicationName()
@@ -87,8 +102,7 @@ QString Application::getImagesPath()
 
 QString Application::supportEmail()
 {
-    return SHARED::functions::files_operations::get_attrib_from_file(
-        SHARED::defines::Path::ETC::CONFIG::tidewrackBackup_conf(), QStringLiteral("supportEmail"));
+    return configuration().supportEmail;
 }
 
 void Application::openURL(const QUrl& url)

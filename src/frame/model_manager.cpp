@@ -21,7 +21,24 @@ ModelManager::ModelManager()
 
 void ModelManager::registrateCreator(ModelCreator& creator)
 {
+    if (ModelCreator* replaced = creators.value(creator.name()); replaced && replaced != &creator) {
+        creators.remove(creator.name());
+        if (!creators.values().contains(replaced))
+            replaced->registry = nullptr;
+    }
     creators.insert(creator.name(), &creator);
+    creator.registry = this;
+}
+
+void ModelManager::unregisterCreator(ModelCreator& creator)
+{
+    for (auto it = creators.begin(); it != creators.end();) {
+        if (it.value() == &creator)
+            it = creators.erase(it);
+        else
+            ++it;
+    }
+    creator.registry = nullptr;
 }
 
 BaseModel* ModelManager::create(const QString& name) const

@@ -21,8 +21,11 @@ class TWBCONSOLE_EXPORT ModelManager final : public QObject
 public:
     static QPointer<ModelManager> instance();
 
-    /// Stores the creator under its name, replacing an earlier one. Does not take ownership.
+    /// Stores the creator under its name, replacing an earlier one. Does not take ownership: a creator
+    /// unregisters itself when it is destroyed.
     void registrateCreator(ModelCreator& creator);
+    /// Forgets the creator under every name it holds; create() then gives null for those names.
+    void unregisterCreator(ModelCreator& creator);
     /// The model of that name, or null when no creator has the name.
     BaseModel* create(const QString& name) const;
 

@@ -116,7 +116,7 @@ void PlanControlObject::onCommandResult()
         replyData(*command);
         Q_EMIT updatedComplite();
     } catch (const QString& text) {
-        TWL::TwlDebug("TWB").warning() << text;
+        logCommandFailure(*command, text);
         Q_EMIT updatedError(text);
     }
     command->deleteLater();

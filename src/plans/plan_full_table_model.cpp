@@ -197,23 +197,37 @@ Qt::ItemFlags PlanFullTableModel::flags(const QModelIndex& index) const
     return Qt::ItemIsSelectable | Qt::ItemIsEnabled;
 }
 
-void PlanFullTableModel::onRowsAboutToBeInserted(const QModelIndex&, int first, int last)
+void PlanFullTableModel::onRowsAboutToBeInserted(const QModelIndex& parent, int first, int last)
 {
+    // Only a change of our own rows, and never two at once: a second begin would corrupt the views.
+    if (parent.isValid() || pendingChange != RowChange::None || first < 0 || last < first)
+        return;
+    pendingChange = RowChange::Insert;
     beginInsertRows(QModelIndex(), first, last);
 }
 
-void PlanFullTableModel::onRowsAboutToBeRemoved(const QModelIndex&, int first, int last)
+void PlanFullTableModel::onRowsAboutToBeRemoved(const QModelIndex& parent, int first, int last)
 {
+    if (parent.isValid() || pendingChange != RowChange::None || first < 0 || last < first || last >= rowCount())
+        return;
+    pendingChange = RowChange::Remove;
     beginRemoveRows(QModelIndex(), first, last);
 }
 
 void PlanFullTableModel::onRowsInserted(const QModelIndex&, int, int)
 {
+    // Ends only the change that was begun: called on its own, there is nothing to end.
+    if (pendingChange != RowChange::Insert)
+        return;
+    pendingChange = RowChange::None;
     endInsertRows();
 }
 
 void PlanFullTableModel::onRowsRemoved(const QModelIndex&, int, int)
 {
+    if (pendingChange != RowChange::Remove)
+        return;
+    pendingChange = RowChange::None;
     endRemoveRows();
 }
 

@@ -57,6 +57,9 @@ private:
     void onLayoutAboutToBeChanged();
     void onLayoutChanged();
 
+    enum class RowChange { None, Insert, Remove };
+    /// The row change begun and not yet ended, so that an end comes only after its begin.
+    RowChange pendingChange = RowChange::None;
     /// Our persistent indexes across a re-sort of the source: each with its source row and our column.
     QList<QPair<QModelIndex, QPersistentModelIndex>> layoutRows;
 };

@@ -122,7 +122,7 @@ void PlanTableModel::onGetListResult()
         }
         Q_EMIT complite();
     } catch (const QString& text) {
-        TWL::TwlDebug("TWB").warning() << text;
+        logCommandFailure(*command, text);
         Q_EMIT error(text);
     }
     command->deleteLater();
@@ -151,7 +151,7 @@ void PlanTableModel::onGetInfoResult()
         }
         Q_EMIT complite();
     } catch (const QString& text) {
-        TWL::TwlDebug("TWB").warning() << text;
+        logCommandFailure(*command, text);
         Q_EMIT error(text);
     }
     command->deleteLater();

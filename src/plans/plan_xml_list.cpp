@@ -96,7 +96,7 @@ void PlanXmlList::onCommandResult()
         documents.insert(id, document);
         Q_EMIT complite(id);
     } catch (const QString& text) {
-        TWL::TwlDebug("TWB").warning() << text;
+        logCommandFailure(*command, text);
         Q_EMIT error(text);
     }
     command->deleteLater();

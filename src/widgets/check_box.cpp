@@ -5,6 +5,7 @@
 #include <QLayout>
 #include <QStyle>
 #include <QStyleOptionButton>
+#include <QStylePainter>
 
 namespace TWB::GUI {
 
@@ -23,40 +24,57 @@ CheckBox::CheckBox(QWidget* parent)
 { }
 
 CheckBox::CheckBox(const QString& text, QWidget* parent)
-    : QCheckBox(parent)
+    : QCheckBox(text, parent)
     , textLabel(new ButtonTextLabel(text, this, labelIndent(this)))
 { }
 
 CheckBox::~CheckBox() = default;
 
-QString CheckBox::text() const
-{
-    return textLabel->text();
-}
-
-void CheckBox::setText(const QString& text)
-{
-    textLabel->setText(text);
-    updateGeometry();
-}
-
 QLabel* CheckBox::label() const
 {
+    syncLabel();
     return textLabel;
+}
+
+void CheckBox::syncLabel() const
+{
+    // QAbstractButton::setText() is not virtual and sends no event: every reader of the label checks first.
+    if (textLabel->text() != text())
+        textLabel->setText(text());
+}
+
+QSize CheckBox::indicatorSize() const
+{
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    option.text.clear();
+    return style()->sizeFromContents(QStyle::CT_CheckBox, &option, QSize(0, fontMetrics().height()), this);
 }
 
 QSize CheckBox::sizeHint() const
 {
-    const QSize indicator = QCheckBox::sizeHint();
+    syncLabel();
+    const QSize indicator = indicatorSize();
     const QSize content = layout()->sizeHint();
     return QSize(qMax(indicator.width(), content.width()), qMax(indicator.height(), content.height()));
 }
 
 QSize CheckBox::minimumSizeHint() const
 {
-    const QSize indicator = QCheckBox::minimumSizeHint();
+    syncLabel();
+    const QSize indicator = indicatorSize();
     const QSize content = layout()->minimumSize();
     return QSize(qMax(indicator.width(), content.width()), qMax(indicator.height(), content.height()));
+}
+
+void CheckBox::paintEvent(QPaintEvent*)
+{
+    syncLabel();
+    QStylePainter painter(this);
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    option.text.clear();
+    painter.drawControl(QStyle::CE_CheckBox, option);
 }
 
 bool CheckBox::hitButton(const QPoint& pos) const

@@ -2,9 +2,7 @@
 
 #include "widgets/icon_manager.h"
 
-#include <QFileInfo>
 #include <QHBoxLayout>
-#include <QLineEdit>
 #include <QPainter>
 #include <QStyleOptionFrame>
 #include <QToolButton>
@@ -51,11 +49,10 @@ void PathLineWidget::addItems(const QString& name, const QString& path)
     item.arrow->setStyleSheet(buttonStyle);
     item.name = new QToolButton(this);
     item.name->setText(name);
-    QIcon icon = iconProvider.icon(QFileInfo(path));
-    // A path of a storage or of another computer is not on this disk; its elements are folders.
-    if (icon.isNull())
-        icon = iconProvider.icon(QFileIconProvider::Folder);
-    item.name->setIcon(icon);
+    // By the name's type alone: asking the disk can block the GUI thread on a network mount, and a path
+    // of a storage or of another computer is not on this disk at all.
+    const bool isFile = !mimeTypes.mimeTypeForFile(name, QMimeDatabase::MatchExtension).isDefault();
+    item.name->setIcon(iconProvider.icon(isFile ? QFileIconProvider::File : QFileIconProvider::Folder));
     item.name->setToolTip(path);
     item.name->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     item.name->setStyleSheet(buttonStyle);
@@ -87,8 +84,16 @@ QToolButton* PathLineWidget::item(int index) const
 
 QSize PathLineWidget::sizeHint() const
 {
-    // As tall as a line edit, so that it lines up with the fields of a form.
-    const int height = QLineEdit().sizeHint().height();
+    // As tall as a line edit, so that it lines up with the fields of a form: its height by the same measure,
+    // without building one on each call.
+    QStyleOptionFrame option;
+    option.initFrom(this);
+    option.lineWidth = style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &option, this);
+    option.midLineWidth = 0;
+    option.state |= QStyle::State_Sunken;
+    const int iconSize = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
+    const int text = qMax(fontMetrics().height(), qMax(14, iconSize - 2)) + 2;
+    const int height = style()->sizeFromContents(QStyle::CT_LineEdit, &option, QSize(0, text), this).height();
     return QSize(QWidget::sizeHint().width(), qMax(height, QWidget::sizeHint().height()));
 }
 

@@ -4,6 +4,7 @@
 
 #include <QFileIconProvider>
 #include <QList>
+#include <QMimeDatabase>
 #include <QWidget>
 
 class QHBoxLayout;
@@ -11,7 +12,8 @@ class QToolButton;
 
 namespace TWB::GUI {
 
-/// A path shown as a row of its elements, each with its file icon, in the look of a read-only line edit.
+/// A path shown as a row of its elements, each with a folder or file icon by its name, in the look of a read-only line
+/// edit.
 class TWBCONSOLE_EXPORT PathLineWidget : public QWidget
 {
     Q_OBJECT
@@ -48,6 +50,7 @@ private:
     QHBoxLayout* layout; // owned by the widget
     QList<Item> items;
     QFileIconProvider iconProvider;
+    QMimeDatabase mimeTypes;
 };
 
 } // namespace TWB::GUI

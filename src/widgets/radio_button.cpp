@@ -5,6 +5,7 @@
 #include <QLayout>
 #include <QStyle>
 #include <QStyleOptionButton>
+#include <QStylePainter>
 
 namespace TWB::GUI {
 
@@ -23,40 +24,57 @@ RadioButton::RadioButton(QWidget* parent)
 { }
 
 RadioButton::RadioButton(const QString& text, QWidget* parent)
-    : QRadioButton(parent)
+    : QRadioButton(text, parent)
     , textLabel(new ButtonTextLabel(text, this, labelIndent(this)))
 { }
 
 RadioButton::~RadioButton() = default;
 
-QString RadioButton::text() const
-{
-    return textLabel->text();
-}
-
-void RadioButton::setText(const QString& text)
-{
-    textLabel->setText(text);
-    updateGeometry();
-}
-
 QLabel* RadioButton::label() const
 {
+    syncLabel();
     return textLabel;
+}
+
+void RadioButton::syncLabel() const
+{
+    // QAbstractButton::setText() is not virtual and sends no event: every reader of the label checks first.
+    if (textLabel->text() != text())
+        textLabel->setText(text());
+}
+
+QSize RadioButton::indicatorSize() const
+{
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    option.text.clear();
+    return style()->sizeFromContents(QStyle::CT_RadioButton, &option, QSize(0, fontMetrics().height()), this);
 }
 
 QSize RadioButton::sizeHint() const
 {
-    const QSize indicator = QRadioButton::sizeHint();
+    syncLabel();
+    const QSize indicator = indicatorSize();
     const QSize content = layout()->sizeHint();
     return QSize(qMax(indicator.width(), content.width()), qMax(indicator.height(), content.height()));
 }
 
 QSize RadioButton::minimumSizeHint() const
 {
-    const QSize indicator = QRadioButton::minimumSizeHint();
+    syncLabel();
+    const QSize indicator = indicatorSize();
     const QSize content = layout()->minimumSize();
     return QSize(qMax(indicator.width(), content.width()), qMax(indicator.height(), content.height()));
+}
+
+void RadioButton::paintEvent(QPaintEvent*)
+{
+    syncLabel();
+    QStylePainter painter(this);
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    option.text.clear();
+    painter.drawControl(QStyle::CE_RadioButton, option);
 }
 
 bool RadioButton::hitButton(const QPoint& pos) const

@@ -21,9 +21,8 @@ public:
     explicit RadioButton(const QString& text, QWidget* parent = nullptr);
     ~RadioButton() override;
 
-    /// The label's text; hides the button's own, which stays empty.
-    QString text() const;
-    void setText(const QString& text);
+    /// The label that shows the button's text(); it follows every setText(), through a QAbstractButton*
+    /// too, so that button groups and screen readers read the same words.
     QLabel* label() const;
 
     QSize sizeHint() const override;
@@ -31,8 +30,14 @@ public:
 
 protected:
     bool hitButton(const QPoint& pos) const override;
+    /// The indicator alone: the label draws the text.
+    void paintEvent(QPaintEvent* event) override;
 
 private:
+    /// Shows text() in the label when the two differ.
+    void syncLabel() const;
+    /// The size of the indicator without any text.
+    QSize indicatorSize() const;
     ButtonTextLabel* textLabel; // owned as a child
 };
 

@@ -53,8 +53,7 @@ PlanEditWait::PlanEditWait(bool isEdit, QWidget* parent)
     connect(this, &PlanEditWait::startWait, wheel, &ProgressWheel::startAnimate);
     connect(this, &PlanEditWait::stopWait, wheel, &ProgressWheel::stopAnimate);
     connect(this, &PlanEditWait::setMessage, label, &QLabel::setText);
-    // After a failed start the plan is saved all the same, and the wizard may close.
-    connect(buttons, &QDialogButtonBox::rejected, this, [this] { done(savedBeforeFailure ? Accepted : Rejected); });
+    connect(buttons, &QDialogButtonBox::rejected, this, &PlanEditWait::reject);
     wheel->startAnimate();
 }
 
@@ -114,7 +113,7 @@ void PlanEditWait::onCommandResult()
         else if (command->commandName == QLatin1String("PlanExecuteStart"))
             accept();
     } catch (const QString& text) {
-        TWL::TwlDebug("TWB").warning() << text;
+        logCommandFailure(*command, text);
         // Without a way out, a failure would leave the user waiting for ever.
         if (command->commandName == QLatin1String("PlanUpdate"))
             showFailure(tr("The plan could not be saved: %1").arg(text), false);
@@ -181,6 +180,13 @@ void PlanEditWait::runPlan()
     } catch (const QString& text) {
         qWarning("%s", qPrintable(text));
     }
+}
+
+void PlanEditWait::reject()
+{
+    // After a failed start the plan is saved all the same, and the wizard may close: Close, Escape and the
+    // window's own close all end here, with the same result.
+    done(savedBeforeFailure ? Accepted : Rejected);
 }
 
 void PlanEditWait::keyPressEvent(QKeyEvent* event)

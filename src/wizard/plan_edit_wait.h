@@ -47,6 +47,8 @@ public Q_SLOTS:
     void onCommandResult();
     void onRowsInserted(const QModelIndex& parent, int first, int last);
     void onDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles);
+    /// Accepted when the plan was saved before a failure, Rejected otherwise.
+    void reject() override;
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

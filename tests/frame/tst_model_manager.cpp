@@ -142,6 +142,24 @@ private Q_SLOTS:
         manager->registrateCreator(first);
         QCOMPARE(manager->create(ModelNames::PlanTable), shared);
     }
+
+    void creatorThatDiesLeavesTheRegistry()
+    {
+        auto manager = ModelManager::instance();
+        {
+            QObject owner;
+            SharedModelCreator<ListModel> creator(ModelNames::PlanBackupTable, &owner);
+            manager->registrateCreator(creator);
+            QVERIFY(manager->create(ModelNames::PlanBackupTable));
+        }
+        // Null, not a call through a dangling pointer.
+        QVERIFY(!manager->create(ModelNames::PlanBackupTable));
+        FreshCreator fresh;
+        manager->registrateCreator(fresh);
+        QVERIFY(manager->create(ModelNames::PlanTable));
+        manager->unregisterCreator(fresh);
+        QVERIFY(!manager->create(ModelNames::PlanTable));
+    }
 };
 
 QTEST_MAIN(TestModelManager)

@@ -212,6 +212,14 @@ private Q_SLOTS:
         QVERIFY(model.init());
         QCOMPARE(inserted.count(), 1);
 
+        // The public slots, called on their own, end no change that was never begun.
+        QSignalSpy removedRows(&model, &QAbstractItemModel::rowsRemoved);
+        model.onRowsInserted(QModelIndex(), 0, 0);
+        model.onRowsRemoved(QModelIndex(), 0, 0);
+        QCOMPARE(inserted.count(), 1);
+        QCOMPARE(removedRows.count(), 0);
+        QCOMPARE(names(model), (QStringList {"Music", "Photos"}));
+
         // The table's failures are the model's.
         m_service.on(QStringLiteral("PlanGetInfo"), FakeReply::fail(QStringLiteral("Plan store is locked")));
         QSignalSpy error(&model, &BaseModel::error);

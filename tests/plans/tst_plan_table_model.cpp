@@ -381,6 +381,14 @@ private Q_SLOTS:
         QTRY_VERIFY(log.contains(QtDebugMsg, QStringLiteral("TWB"), QStringLiteral("Notiifcation is 0x00")));
         QCOMPARE(changed.count(), 0);
         QCOMPARE(updated.count(), 0);
+
+        // The result slots are public: called without a command behind them, they change nothing.
+        QSignalSpy complite(m_table, &BaseModel::complite);
+        QSignalSpy error(m_table, &BaseModel::error);
+        m_table->onGetListResult();
+        m_table->onGetInfoResult();
+        QCOMPARE(names(), (QStringList {"Photos"}));
+        QCOMPARE(complite.count() + error.count() + changed.count(), 0);
     }
 
     void nameShowsTheRunOrHowTheLastRunEnded_data()

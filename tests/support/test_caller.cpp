@@ -42,7 +42,7 @@ void TestCaller::onCommandResult()
     try {
         Q_EMIT succeeded(replyData(*command), command->request().object());
     } catch (const QString& text) {
-        TWL::TwlDebug("TWB").warning() << text;
+        logCommandFailure(*command, text);
         Q_EMIT failed(text);
     }
     command->deleteLater();

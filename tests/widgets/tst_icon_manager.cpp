@@ -129,8 +129,6 @@ private Q_SLOTS:
         QTest::newRow("start@2x") << QStringLiteral("://images/plan_state_start@2x.png") << QSize(32, 32);
         QTest::newRow("no") << QStringLiteral("://images/plan_state_no.png") << QSize(16, 16);
         QTest::newRow("no@2x") << QStringLiteral("://images/plan_state_no@2x.png") << QSize(32, 32);
-        QTest::newRow("wheel") << QStringLiteral("://images/process32.gif") << QSize(16, 16);
-        QTest::newRow("wheel@2x") << QStringLiteral("://images/process32@2x.gif") << QSize(32, 32);
         QTest::newRow("arrow") << QStringLiteral(":/images/right_arrow.svg") << QSize(16, 16);
         QTest::newRow("symlink") << QStringLiteral("://images/symlink_icon32.svg") << QSize(32, 32);
         QTest::newRow("background") << QStringLiteral("://images/background.svg") << QSize(400, 240);

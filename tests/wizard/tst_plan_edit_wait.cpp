@@ -219,8 +219,17 @@ private Q_SLOTS:
         QCOMPARE(m_service.requests(QStringLiteral("PlanExecuteStart")).size(), 0);
     }
 
+    void failedStartLetsTheWizardCloseOnTheSavedPlan_data()
+    {
+        QTest::addColumn<bool>("escape");
+        QTest::newRow("Close") << false;
+        QTest::newRow("Escape") << true;
+    }
+
     void failedStartLetsTheWizardCloseOnTheSavedPlan()
     {
+        // Either way out says the plan is saved, so that the wizard closes instead of saving it again.
+        QFETCH(bool, escape);
         m_service.on(QStringLiteral("PlanExecuteStart"), FakeReply::fail(QStringLiteral("Plan is already running")));
         const QUuid id = QUuid::createUuid();
         PlanEditWait wait(false);
@@ -230,7 +239,9 @@ private Q_SLOTS:
                 return;
             shown = text;
             QTimer::singleShot(0, this, [&] {
-                if (auto* box = wait.findChild<QDialogButtonBox*>())
+                if (escape)
+                    QTest::keyClick(&wait, Qt::Key_Escape);
+                else if (auto* box = wait.findChild<QDialogButtonBox*>())
                     box->button(QDialogButtonBox::Close)->click();
             });
         });

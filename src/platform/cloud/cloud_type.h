@@ -2,8 +2,10 @@
 
 #include "platform/twbplatform_export.h"
 
+#include <QList>
 #include <QMap>
 #include <QObject>
+#include <QSet>
 #include <QString>
 
 namespace TWL::Cloud {
@@ -56,5 +58,30 @@ Q_ENUM_NS(Type)
 
 /// The name of each type, as a cloud configuration's "CloudType" holds it. Unknown and 32 have none.
 TWBPLATFORM_EXPORT const QMap<Type, QString>& typeNames();
+/// The name of one type; empty for a number without one.
+TWBPLATFORM_EXPORT QString typeName(Type type);
+/// The type of a name from typeNames(), or of a number written as text; Unknown for anything else.
+TWBPLATFORM_EXPORT Type typeFromName(const QString& name);
+/// Whether the number is one of the declared types (0 and 32 are not).
+TWBPLATFORM_EXPORT bool isKnownType(int value);
+
+/// The translated label of each type that a user can create in the standalone edition (22 of them).
+/// Rebuilt on each call, so that a language loaded later is honoured.
+TWBPLATFORM_EXPORT QMap<Type, QString> typeLabels();
+/// The label of one type; empty for a type that cannot be created.
+TWBPLATFORM_EXPORT QString typeLabel(Type type);
+/// The labelled types in the order of the account chooser.
+TWBPLATFORM_EXPORT const QList<Type>& chooserOrder();
+
+/// Back-ends that speak S3 with an endpoint of their own.
+TWBPLATFORM_EXPORT const QSet<Type>& s3CompatibleTypes();
+/// Amazon's own S3 back-ends.
+TWBPLATFORM_EXPORT const QSet<Type>& amazonTypes();
+/// The OpenStack-like back-ends, Google Cloud among them as the type tables have always declared.
+TWBPLATFORM_EXPORT const QSet<Type>& openStackTypes();
+/// The SFTP back-end.
+TWBPLATFORM_EXPORT const QSet<Type>& sftpTypes();
+/// Whether a type is reached through the S3 protocol: Amazon's and the S3-compatible ones.
+TWBPLATFORM_EXPORT bool isS3Like(Type type);
 
 } // namespace TWL::Cloud

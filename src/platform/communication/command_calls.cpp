@@ -1,6 +1,7 @@
 #include "platform/communication/command_calls.h"
 
 #include "platform/communication/json_keys.h"
+#include "platform/logging/twl_debug.h"
 
 namespace TWB::Common::Communication {
 
@@ -21,6 +22,14 @@ QJsonObject replyData(const ICommand& command)
     if (command.isReplyError())
         throw command.replyErrorString();
     return command.reply().object().value(JsonKeys::Data).toObject();
+}
+
+void logCommandFailure(const ICommand& command, const QString& text)
+{
+    if (command.abandoned)
+        TWL::TwlDebug("TWB").debug() << "Command" << command.commandName << "abandoned at shutdown:" << text;
+    else
+        TWL::TwlDebug("TWB").warning() << text;
 }
 
 } // namespace TWB::Common::Communication

@@ -37,4 +37,8 @@ ICommand* newCommand(const QString& name, Receiver* receiver, Slot slot, const Q
 /// error"; a refusal throws the service's own text.
 TWBPLATFORM_EXPORT QJsonObject replyData(const ICommand& command);
 
+/// Logs why a command's result slot failed: a warning, or a debug line for a command the console abandoned
+/// on its own way out.
+TWBPLATFORM_EXPORT void logCommandFailure(const ICommand& command, const QString& text);
+
 } // namespace TWB::Common::Communication

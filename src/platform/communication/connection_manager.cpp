@@ -30,6 +30,15 @@ ConnectionManager::ConnectionManager()
 
 ConnectionManager::~ConnectionManager()
 {
+    // The console is going: what it still waits for ends unanswered, and that is nobody's fault.
+    for (const QPointer<ICommand>& command : qAsConst(m_inFlight)) {
+        if (command)
+            command->abandoned = true;
+    }
+    for (const QPointer<ICommand>& command : qAsConst(m_queued)) {
+        if (command)
+            command->abandoned = true;
+    }
     failAll();
     dropSocket();
 }

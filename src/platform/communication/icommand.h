@@ -31,6 +31,8 @@ public:
     bool finished = false;
     /// The exchange itself broke down: lost connection, no connection, or no reply in time.
     bool failed = false;
+    /// Failed because the console's own channel shut down, not because of the service: no error to report.
+    bool abandoned = false;
 
     QJsonDocument request() const { return m_request; }
     void setRequest(const QJsonDocument& request);

@@ -13,9 +13,9 @@
 
 #include <memory>
 
-using TWB::Service::VersionCatalog;
 using TWB::Service::CatalogVersion;
 using TWB::Service::Database;
+using TWB::Service::VersionCatalog;
 using TWB::Test::RawClient;
 using TWB::Test::ServiceFixture;
 using TWB::Test::ServiceReply;

@@ -7,6 +7,7 @@
 #include "platform/communication/notification_types.h"
 #include "platform/plan/backup_file.h"
 #include "platform/plan/factory.h"
+#include "service/store/database.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -89,8 +90,10 @@ private Q_SLOTS:
         QSignalSpy consoleNotes(center.data(), &TWB::Common::Communication::NotificationCenter::notification);
         const QUuid id = QUuid::createUuid();
         const QTime at(23, 45);
-        const ServiceReply saved = ServiceFixture::callThroughChannel(QStringLiteral("PlanUpdate"),
-            update(id, PlanSamples::backup(id, QStringLiteral("Documents"), m_account, {}, at)));
+        // A name that the list's JSON must escape: quotes, a backslash, a tab and letters beyond ASCII.
+        const QString name = QStringLiteral("Ann's \"Documents\" \\ \u00c6r\u00f8\t1");
+        const ServiceReply saved = ServiceFixture::callThroughChannel(
+            QStringLiteral("PlanUpdate"), update(id, PlanSamples::backup(id, name, m_account, {}, at)));
         QVERIFY2(saved.success, qPrintable(saved.error));
 
         // Both the console's channel and the second client hear of it.
@@ -102,7 +105,7 @@ private Q_SLOTS:
         QCOMPARE(m_listener->countNotifications(QLatin1String(Type::PlanUpdated)), 0);
 
         const QJsonObject row = findPlan(ServiceFixture::callThroughChannel(QStringLiteral("PlanGetList")), id);
-        QCOMPARE(row.value(QStringLiteral("Name")).toString(), QStringLiteral("Documents"));
+        QCOMPARE(row.value(QStringLiteral("Name")).toString(), name);
         QCOMPARE(row.value(QStringLiteral("SubType")).toInt(), 1);
         QCOMPARE(row.value(QStringLiteral("Type")).toInt(), 0);
         QCOMPARE(row.value(QStringLiteral("Status")).toInt(), 2);
@@ -120,6 +123,19 @@ private Q_SLOTS:
             QStringLiteral("PlanGetInfo"), {{QStringLiteral("id"), id.toString()}});
         QVERIFY2(info.success, qPrintable(info.error));
         QCOMPARE(info.data.value(QStringLiteral("planInfo")).toObject(), row);
+
+        // The service keeps its list between calls, but a change another connection made to the
+        // store shows all the same.
+        {
+            TWB::Service::Database store(m_service->storeFile());
+            store.open();
+            QSqlQuery rename = store.prepare(QStringLiteral("UPDATE plans SET name = ? WHERE id = ?"));
+            rename.addBindValue(QStringLiteral("Renamed by a tool"));
+            rename.addBindValue(id.toString());
+            store.exec(rename);
+        }
+        QCOMPARE(findPlan(m_listener->call(QStringLiteral("PlanGetList")), id).value(QStringLiteral("Name")).toString(),
+            QStringLiteral("Renamed by a tool"));
     }
 
     void changedPlanIsAnnouncedAsUpdatedAndReadsBackEqual()

@@ -1,0 +1,103 @@
+#include "cloud_test_support.h"
+
+#include "platform/cloud/account_keys.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryFile>
+
+namespace TWB::Test {
+
+using TWL::Cloud::IOperation;
+namespace Key = TWL::Cloud::Key;
+
+bool CloudTestSupport::run(const QSharedPointer<IOperation>& operation, int timeoutMs)
+{
+    if (!operation)
+        return false;
+    QSignalSpy finished(operation.data(), &IOperation::finished);
+    operation->exec();
+    const bool ended = finished.wait(timeoutMs);
+    operation->remove();
+    return ended && finished.count() == 1 && operation->isComplite();
+}
+
+bool CloudTestSupport::putObject(
+    const QVariantMap& s3Config, const QString& bucket, const QString& key, const QByteArray& data)
+{
+    const QString scheme
+        = s3Config.value(Key::UseSsl).toBool() ? QStringLiteral("https://") : QStringLiteral("http://");
+    return rcloneCopy(
+        {{QStringLiteral("TYPE"), QStringLiteral("s3")}, {QStringLiteral("PROVIDER"), QStringLiteral("Other")},
+            {QStringLiteral("ACCESS_KEY_ID"), s3Config.value(Key::AccessKey).toString()},
+            {QStringLiteral("SECRET_ACCESS_KEY"), s3Config.value(Key::SecretKey).toString()},
+            {QStringLiteral("ENDPOINT"), scheme + s3Config.value(Key::Endpoint).toString()}},
+        QStringLiteral("peer:%1/%2").arg(bucket, key), data);
+}
+
+bool CloudTestSupport::rcloneCopy(const QMap<QString, QString>& remote, const QString& target, const QByteArray& data)
+{
+    QTemporaryFile file;
+    if (!file.open() || file.write(data) != data.size())
+        return false;
+    file.flush();
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("AWS_CA_BUNDLE"));
+    environment.insert(QStringLiteral("RCLONE_CONFIG"), QDir::tempPath() + QStringLiteral("/twb-test-no-rclone.conf"));
+    for (auto it = remote.constBegin(); it != remote.constEnd(); ++it)
+        environment.insert(QStringLiteral("RCLONE_CONFIG_PEER_") + it.key(), it.value());
+    QProcess rclone;
+    rclone.setProcessEnvironment(environment);
+    rclone.setProcessChannelMode(QProcess::MergedChannels);
+    rclone.start(QStringLiteral("rclone"), {QStringLiteral("copyto"), file.fileName(), target});
+    if (!rclone.waitForFinished(60000) || rclone.exitCode() != 0) {
+        qWarning() << "rclone copyto:" << rclone.readAll();
+        return false;
+    }
+    return true;
+}
+
+QMap<qint64, QByteArray> CloudTestSupport::descendants(qint64 ancestor)
+{
+    QMap<qint64, qint64> parents;
+    const QStringList entries = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
+    for (const QString& entry : entries) {
+        bool number = false;
+        const qint64 pid = entry.toLongLong(&number);
+        if (!number)
+            continue;
+        QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+        if (!stat.open(QIODevice::ReadOnly))
+            continue;
+        const QByteArray line = stat.readAll();
+        // The command name in brackets may hold blanks: the fields that follow start after the last ")".
+        const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
+        if (fields.size() > 1)
+            parents.insert(pid, fields.at(1).toLongLong());
+    }
+    QMap<qint64, QByteArray> found;
+    for (auto it = parents.constBegin(); it != parents.constEnd(); ++it) {
+        qint64 up = it.value();
+        for (int depth = 0; depth < 16 && up > 1; ++depth) {
+            if (up == ancestor) {
+                QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(it.key()));
+                if (cmdline.open(QIODevice::ReadOnly))
+                    found.insert(it.key(), cmdline.readAll());
+                break;
+            }
+            up = parents.value(up, 0);
+        }
+    }
+    return found;
+}
+
+QByteArray CloudTestSupport::environmentOf(qint64 pid)
+{
+    QFile environ(QStringLiteral("/proc/%1/environ").arg(pid));
+    return environ.open(QIODevice::ReadOnly) ? environ.readAll() : QByteArray();
+}
+
+} // namespace TWB::Test

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/cloud/ioperation.h"
+
+#include <QByteArray>
+#include <QMap>
+#include <QSharedPointer>
+#include <QString>
+#include <QVariantMap>
+
+namespace TWB::Test {
+
+/// Helpers of the cloud tests.
+class CloudTestSupport final
+{
+public:
+    /// Starts the operation and waits for finished(); false when it never came. Removes it from the
+    /// manager's list, as callers do.
+    static bool run(const QSharedPointer<TWL::Cloud::IOperation>& operation, int timeoutMs = 60000);
+    /// Writes an object through rclone itself, outside the layer under test.
+    static bool putObject(const QVariantMap& s3Config, const QString& bucket, const QString& key,
+        const QByteArray& data = QByteArrayLiteral("x"));
+    /// Copies a one-byte file to `target` ("peer:container/key") through rclone itself, the remote "peer"
+    /// defined by `remote`'s options ("TYPE", "ACCOUNT", ...).
+    static bool rcloneCopy(
+        const QMap<QString, QString>& remote, const QString& target, const QByteArray& data = QByteArrayLiteral("x"));
+    /// Process ids of the processes below `ancestor`, with their command lines ("\0" between arguments).
+    static QMap<qint64, QByteArray> descendants(qint64 ancestor);
+    /// The environment of a process, as /proc shows it.
+    static QByteArray environmentOf(qint64 pid);
+};
+
+} // namespace TWB::Test

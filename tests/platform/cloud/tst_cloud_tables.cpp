@@ -1,0 +1,254 @@
+#include "platform/cloud/account_keys.h"
+#include "platform/cloud/cloud_type.h"
+#include "platform/cloud/container_params.h"
+#include "platform/cloud/endpoint_helper.h"
+#include "platform/cloud/info_factory.h"
+#include "platform/cloud/operation_manager.h"
+#include "platform/cloud/twb2twl.h"
+#include "platform/crypt/local_password.h"
+#include "support/test_environment.h"
+
+#include <QtTest>
+
+#include <memory>
+
+using namespace TWL::Cloud;
+using TWB::DataConverter::StorageConfig::Twb2Twl;
+using TWL::Utitlity::EndpointHelper;
+
+/// The back-end tables, the two views of an account document and the helpers the forms lean on.
+class TestCloudTables : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<TWB::Test::TestEnvironment> m_environment;
+
+private Q_SLOTS:
+    void initTestCase() { m_environment = std::make_unique<TWB::Test::TestEnvironment>(); }
+
+    void typesHaveTheirNamesLabelsAndPlaces()
+    {
+        QCOMPARE(typeNames().size(), 37);
+        QVERIFY(!typeNames().contains(Type(0)) && !typeNames().contains(Type(32)));
+        QCOMPARE(typeName(WasabiUBStage), QStringLiteral("Wasabi (UB) Stage"));
+        QCOMPARE(typeFromName(QStringLiteral("AmazonS3 (UB)")), AmazonS3UB);
+        QCOMPARE(typeFromName(QStringLiteral("33")), Sftp);
+        QCOMPARE(typeFromName(QStringLiteral("32")), Unknown);
+        QCOMPARE(typeFromName(QStringLiteral("amazons3")), Unknown);
+
+        QCOMPARE(typeLabels().size(), 22);
+        QCOMPARE(typeLabel(AmazonS3), QStringLiteral("Amazon S3 & Glacier"));
+        QCOMPARE(typeLabel(HPHelion), QString());
+        // The chooser's order holds exactly the labelled types.
+        QCOMPARE(chooserOrder().size(), 22);
+        QCOMPARE(QSet<Type>(chooserOrder().cbegin(), chooserOrder().cend()).size(), 22);
+        for (const Type type : chooserOrder())
+            QVERIFY(!typeLabel(type).isEmpty());
+        QCOMPARE(chooserOrder().mid(0, 4), QList<Type>({AmazonS3, AzureBlob, FileSystem, GoogleStorage}));
+        QCOMPARE(chooserOrder().last(), Sftp);
+        QCOMPARE(chooserOrder().indexOf(Minio), 18);
+    }
+
+    void setsHoldTheirMembers()
+    {
+        QCOMPARE(s3CompatibleTypes().size(), 22);
+        QVERIFY(s3CompatibleTypes().contains(WasabiStage) && !s3CompatibleTypes().contains(AmazonS3));
+        QCOMPARE(amazonTypes(), QSet<Type>({AmazonS3, AmazonS3Chinese, AmazonS3UB}));
+        QCOMPARE(openStackTypes().size(), 7);
+        QVERIFY(openStackTypes().contains(GoogleStorage));
+        QCOMPARE(sftpTypes(), QSet<Type>({Sftp}));
+        QVERIFY(isS3Like(AmazonS3UB) && isS3Like(Minio) && !isS3Like(GoogleStorage) && !isS3Like(BackBlaze));
+    }
+
+    void savedDocumentBecomesCloudConfiguration_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QJsonObject>("document");
+        QTest::addColumn<QVariantMap>("expected");
+
+        const QString sealed = SHARED::cryptNS::encrypt_local_password(QStringLiteral("s3cr3t"));
+        QTest::newRow("S3 compatible, AWS2")
+            << int(S3Compatible)
+            << QJsonObject {{Key::AccessKey, "AK"}, {Key::SecretKey, sealed}, {Key::ContainerName, "b"},
+                   {Key::UseSsl, false}, {Key::Endpoint, "s3.example.net"}, {Key::Signature, 2}}
+            << QVariantMap {{Key::CloudType, "S3Compatible"}, {Key::AccessKey, "AK"}, {Key::SecretKey, "s3cr3t"},
+                   {Key::ContainerName, "b"}, {Key::UseSsl, false}, {Key::Endpoint, "s3.example.net"},
+                   {Key::Signature, "V2"}};
+        QTest::newRow("older document's signature 0 reads as AWS4")
+            << int(Minio)
+            << QJsonObject {{Key::AccessKey, "AK"}, {Key::SecretKey, sealed}, {Key::ContainerName, "b"},
+                   {Key::UseSsl, true}, {Key::Endpoint, "m:9000"}, {Key::Signature, 0}}
+            << QVariantMap {{Key::CloudType, "Minio"}, {Key::AccessKey, "AK"}, {Key::SecretKey, "s3cr3t"},
+                   {Key::ContainerName, "b"}, {Key::UseSsl, true}, {Key::Endpoint, "m:9000"}, {Key::Signature, "V4"}};
+        QTest::newRow("Amazon China keeps its endpoint out")
+            << int(AmazonS3Chinese)
+            << QJsonObject {{Key::AccessKey, "AK"}, {Key::SecretKey, sealed}, {Key::ContainerName, "b"},
+                   {Key::UseSsl, true}, {Key::Endpoint, "changed.example.cn"}}
+            << QVariantMap {{Key::CloudType, "AmazonS3Chinese"}, {Key::AccessKey, "AK"}, {Key::SecretKey, "s3cr3t"},
+                   {Key::ContainerName, "b"}, {Key::UseSsl, true}};
+        QTest::newRow("Azure user name") << int(AzureBlob)
+                                         << QJsonObject {{Key::UserName, "acct"}, {Key::Password, sealed},
+                                                {Key::Type, "StorageV2"}, {Key::ContainerName, "c"},
+                                                {Key::UseSsl, true}, {Key::Endpoint, "core.windows.net"}}
+                                         << QVariantMap {{Key::CloudType, "AzureBlob"}, {Key::Username, "acct"},
+                                                {Key::Password, "s3cr3t"}, {Key::Type, "StorageV2"},
+                                                {Key::ContainerName, "c"}, {Key::UseSsl, true},
+                                                {Key::Endpoint, "core.windows.net"}};
+        QTest::newRow("SFTP proxy switch")
+            << int(Sftp)
+            << QJsonObject {{Key::Address, "h"}, {Key::Port, 2222}, {Key::KeepAlive, true}, {Key::UseProy, true},
+                   {Key::Path, "/b"}, {Key::User, "u"}, {Key::Password, sealed}, {Key::PrivateKey, QString()}}
+            << QVariantMap {{Key::CloudType, "Sftp"}, {Key::Address, "h"}, {Key::Port, 2222}, {Key::KeepAlive, true},
+                   {Key::UseProxy, true}, {Key::Path, "/b"}, {Key::User, "u"}, {Key::Password, "s3cr3t"},
+                   {Key::PrivateKey, QString()}};
+        QTest::newRow("Google installed application")
+            << int(GoogleStorage)
+            << QJsonObject {{Key::ContainerName, "g"}, {Key::AuthType, 2}, {Key::RefreshToken, sealed},
+                   {Key::ProjectId, SHARED::cryptNS::encrypt_local_password(QStringLiteral("proj"))}, {Key::UseSsl, 1}}
+            << QVariantMap {{Key::CloudType, "GoogleStorage"}, {Key::ContainerName, "g"}, {Key::AuthType, 2},
+                   {Key::ProjectId, "proj"}, {Key::InitCode, QString()}, {Key::RefreshToken, "s3cr3t"},
+                   {Key::UseSsl, true}};
+    }
+
+    void savedDocumentBecomesCloudConfiguration()
+    {
+        QFETCH(int, type);
+        QFETCH(QJsonObject, document);
+        QFETCH(QVariantMap, expected);
+
+        for (const QVariantMap& config : {Twb2Twl::fromTwb(document, Type(type)),
+                 Twb2Twl::fromTwb(
+                     QJsonObject {{QStringLiteral("Type"), type}, {QStringLiteral("DetailParams"), document}})}) {
+            QVERIFY(!config.value(Key::CloudId).toUuid().isNull());
+            QVariantMap rest = config;
+            rest.remove(Key::CloudId);
+            QCOMPARE(QStringList(rest.keys()), QStringList(expected.keys()));
+            for (auto it = expected.constBegin(); it != expected.constEnd(); ++it)
+                QCOMPARE(rest.value(it.key()).toString(), it.value().toString());
+            // Every key of the table for the type is one the configuration may hold.
+            for (const QString& key : rest.keys())
+                QVERIFY2(cloudConfigKeys(Type(type), document.value(Key::AuthType).toInt()).contains(key)
+                        || key == Key::Region,
+                    qPrintable(key));
+        }
+    }
+
+    void documentAloneTellsItsType_data()
+    {
+        QTest::addColumn<QJsonObject>("document");
+        QTest::addColumn<int>("type");
+        QTest::newRow("sftp") << QJsonObject {{Key::Address, "h"}, {Key::UseProy, false}} << int(Sftp);
+        QTest::newRow("azure") << QJsonObject {{Key::UserName, "a"}, {Key::Password, "p"}} << int(AzureBlob);
+        QTest::newRow("amazon") << QJsonObject {{Key::AccessKey, "a"}, {Key::Archive2Glacier, false}} << int(AmazonS3);
+        QTest::newRow("s3 endpoint") << QJsonObject {{Key::AccessKey, "a"}, {Key::Endpoint, "e"}} << int(S3Compatible);
+        QTest::newRow("b2") << QJsonObject {{Key::AccountId, "a"}, {Key::ApplicationKey, "k"}} << int(BackBlaze);
+        QTest::newRow("folder") << QJsonObject {{Key::Path, "/x"}} << int(FileSystem);
+        QTest::newRow("nothing") << QJsonObject {{QStringLiteral("Colour"), "red"}} << int(Unknown);
+    }
+
+    void documentAloneTellsItsType()
+    {
+        QFETCH(QJsonObject, document);
+        QFETCH(int, type);
+        QCOMPARE(int(Twb2Twl::guessType(document)), type);
+        QCOMPARE(Twb2Twl::fromTwb(document).isEmpty(), type == Unknown);
+        QCOMPARE(Twb2Twl::fromTwb(document).value(Key::CloudType).toString(), typeName(Type(type)));
+    }
+
+    void savedKeysDifferFromConfigurationKeysWhereTheyMust()
+    {
+        QVERIFY(
+            savedDocumentKeys(AzureBlob).contains(Key::UserName) && cloudConfigKeys(AzureBlob).contains(Key::Username));
+        QVERIFY(savedDocumentKeys(Sftp).contains(Key::UseProy) && cloudConfigKeys(Sftp).contains(Key::UseProxy));
+        QVERIFY(!cloudConfigKeys(AmazonS3).contains(Key::Endpoint)
+            && savedDocumentKeys(AmazonS3Chinese).contains(Key::Endpoint));
+        QCOMPARE(savedSecretKeys(GoogleStorage, GoogleServiceAccount),
+            QStringList({Key::ServiceAccount, Key::ProjectId, Key::PrivateKey}));
+        for (const Type type : chooserOrder()) {
+            for (const QString& secret : savedSecretKeys(type))
+                QVERIFY(savedDocumentKeys(type).contains(secret));
+        }
+    }
+
+    void endpointsAreReadAsTyped_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<bool>("useSsl");
+        QTest::addColumn<QString>("withScheme");
+        QTest::addColumn<bool>("sslAfter");
+        QTest::newRow("bare host") << "s3.example.net" << true << "https://s3.example.net" << true;
+        QTest::newRow("typed http wins") << "http://127.0.0.1:9000/" << true << "http://127.0.0.1:9000" << false;
+        QTest::newRow("typed https wins") << " HTTPS://minio.lan:9000 " << false << "https://minio.lan:9000" << true;
+        QTest::newRow("path kept") << "host/acct" << false << "http://host/acct" << false;
+        QTest::newRow("other scheme") << "ftp://host" << true << "" << true;
+        QTest::newRow("blank inside") << "my host" << true << "" << true;
+        QTest::newRow("scheme only") << "https://" << true << "" << true;
+    }
+
+    void endpointsAreReadAsTyped()
+    {
+        QFETCH(QString, typed);
+        QFETCH(bool, useSsl);
+        QFETCH(QString, withScheme);
+        QFETCH(bool, sslAfter);
+        EndpointHelper helper(typed, useSsl);
+        QCOMPARE(helper.endpointWithScheme(), withScheme);
+        QCOMPARE(helper.hasError(), withScheme.isEmpty());
+        QCOMPARE(helper.lastErrorMessage().isEmpty(), !withScheme.isEmpty());
+        QCOMPARE(helper.useSsl(), sslAfter);
+        if (!helper.hasError()) {
+            helper.setUseSsl(!sslAfter);
+            QCOMPARE(helper.endpointWithScheme().startsWith(QLatin1String("https://")), !sslAfter);
+        }
+    }
+
+    void endpointHelpersSplitTheScheme()
+    {
+        QCOMPARE(EndpointHelper::toEndpoint(QStringLiteral("https://a.b:1/")), QStringLiteral("a.b:1"));
+        QCOMPARE(
+            EndpointHelper::toEndpointWithScheme(QStringLiteral("https://a.b"), false), QStringLiteral("http://a.b"));
+        QCOMPARE(EndpointHelper::toPair(QStringLiteral("http://a.b/")),
+            qMakePair(QStringLiteral("a.b"), QStringLiteral("http")));
+        QCOMPARE(EndpointHelper::toPair(QStringLiteral("a.b")), qMakePair(QStringLiteral("a.b"), QString()));
+        QCOMPARE(TWL::Utility::StringFilters::prefixFilter(QStringLiteral("..my pc/é:1")), QStringLiteral("mypcé1"));
+    }
+
+    void infoAndContainerParams()
+    {
+        QVERIFY(!Info::InfoFactory::create(Unknown));
+        QVERIFY(!Info::InfoFactory::create(Type(32)));
+        const auto amazon = InfoFactory::create(AmazonS3).dynamicCast<Info::AmazonS3Like>();
+        QVERIFY(amazon);
+        QCOMPARE(amazon->defaultEndpoint().host(), QStringLiteral("s3.amazonaws.com"));
+        QVERIFY(!amazon->regions().isEmpty());
+        const auto compatible
+            = InfoFactory::create(QVariantMap {{Key::CloudType, "S3Compatible"}}).dynamicCast<Info::AmazonS3Like>();
+        QVERIFY(compatible && compatible->defaultEndpoint().isEmpty() && compatible->defaultSignature() == 4);
+        QVERIFY(InfoFactory::create(AzureBlob).dynamicCast<Info::AzureBlob>());
+        QVERIFY(InfoFactory::create(BackBlaze).dynamicCast<Info::BackBlaze>());
+        QVERIFY(InfoFactory::create(GoogleStorage).dynamicCast<Info::GoogleStorage>());
+        QVERIFY(InfoFactory::create(Rackspace).dynamicCast<Info::OpenStack>());
+        QCOMPARE(InfoFactory::create(Sftp)->type(), Sftp);
+
+        QCOMPARE(ContainerParams::AmazonS3Like(QStringLiteral(" box "), QStringLiteral("eu-west-1")).json(),
+            QJsonObject({{"Name", "box"}, {"Location", "eu-west-1"}}));
+        QCOMPARE(ContainerParams::GoogleStorage(QStringLiteral("g"), QStringLiteral("NEARLINE"), QStringLiteral("EU"))
+                     .json(),
+            QJsonObject({{"Name", "g"}, {"StorageClass", "NEARLINE"}, {"Location", "EU"}}));
+        QCOMPARE(ContainerParams::OpenStack(QStringLiteral("o")).json(), QJsonObject({{"Name", "o"}}));
+    }
+
+    void configurationsOfNoKnownTypeMakeNoOperation()
+    {
+        const QPointer<OperationManager> manager = OperationManager::instance();
+        QVERIFY(manager);
+        QVERIFY(!manager->listContainers({}));
+        QVERIFY(!manager->checkConfig({{Key::CloudType, QStringLiteral("Nimbus")}}));
+        QVERIFY(!manager->listing({{Key::CloudType, QStringLiteral("32")}}, {}, {}, QStringLiteral("/"), 1000));
+        QCOMPARE(manager->count(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCloudTables)
+#include "tst_cloud_tables.moc"
