@@ -1,5 +1,6 @@
 #include "app/console_window.h"
 
+#include "app/plan_view_support.h"
 #include "app/run_progress_delegate.h"
 #include "app/storage_actions.h"
 #include "frame/application.h"
@@ -16,6 +17,8 @@
 #include "plans/plan_xml_list.h"
 #include "plans/size_delegate.h"
 #include "plans/storage_name_delegate.h"
+#include "platform/plan/base.h"
+#include "storages/storage_connections_model.h"
 #include "storages/storage_connections_sort_model.h"
 #include "platform/communication/connection_manager.h"
 #include "platform/defines/path.h"
@@ -23,6 +26,7 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QDateTime>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -50,10 +54,16 @@ namespace {
 const int idColumn = 0;
 const int nameColumn = 1;
 const int kindColumn = 2;
+const int scheduleColumn = 3;
 const int statusColumn = 4;
 const int storageColumn = 5;
+const int lastTimeColumn = 6;
 const int lastStatusColumn = 7;
+const int messageColumn = 8;
+const int nextRunColumn = 9;
 const int durationColumn = 10;
+const int filesColumn = 11;
+const int failedColumn = 12;
 const int sizeColumn = 13;
 const int planXmlColumn = 14;
 const int lastColumn = 15;
@@ -113,10 +123,7 @@ ConsoleWindow::ConsoleWindow(
     connectionLayout->addWidget(m_connectionText);
     statusBar()->addPermanentWidget(connection);
 
-    connect(m_retry, &QPushButton::clicked, this, [] {
-        if (auto channel = ConnectionManager::instance())
-            channel->connectNow();
-    });
+    connect(m_retry, &QPushButton::clicked, &m_launcher, &ServiceLauncher::connectNow);
     connect(
         &controller, &TWB::GUI::ApplicationEventController::localManagmentConnected, this, &ConsoleWindow::onConnected);
     connect(&controller, &TWB::GUI::ApplicationEventController::localManagmentDisconnected, this,
@@ -129,8 +136,11 @@ ConsoleWindow::ConsoleWindow(
         [this](const QString& text) { statusBar()->showMessage(text, 10000); });
     if (auto list = TWB::GUI::PlanStatusList::instance())
         connect(list, &TWB::GUI::PlanStatusList::updated, this, &ConsoleWindow::onPlanProgress);
+    connect(m_tabs, &QTabWidget::currentChanged, this, &ConsoleWindow::onTabChanged);
+    watchRunsForStorages();
+    setServiceAway(launcher.state() != ServiceLauncher::State::Connected);
     onLauncherState(launcher.state());
-    onStatusChanged(0, 0);
+    onTabChanged();
 }
 
 ConsoleWindow::~ConsoleWindow() = default;
@@ -149,22 +159,51 @@ QTreeView* ConsoleWindow::makePlanView(const QString& modelName)
     TWB::GUI::BaseModel* model = manager ? manager->create(modelName) : nullptr;
     if (!model)
         return view;
-    view->setModel(model);
+    auto* sorted = new PlanSortModel(view);
+    sorted->setSourceModel(model);
+    view->setModel(sorted);
     for (int column : {idColumn, kindColumn, planXmlColumn, lastColumn})
         view->setColumnHidden(column, true);
-    view->header()->setSectionResizeMode(QHeaderView::Interactive);
-    // Room for what each column usually holds; the user's own widths come back with restoreLayout().
-    const QList<QPair<int, int>> widths
-        = {{nameColumn, 200}, {3, 170}, {statusColumn, 70}, {storageColumn, 130}, {6, 170}, {lastStatusColumn, 200},
-            {8, 200}, {9, 170}, {durationColumn, 90}, {11, 60}, {12, 60}, {sizeColumn, 80}};
-    for (const auto& width : widths)
-        view->header()->resizeSection(width.first, width.second);
+    QHeaderView* header = view->header();
+    header->setSectionResizeMode(QHeaderView::Interactive);
+    header->setStretchLastSection(false);
+    // What a user reads first comes first, sized so that a new 1100 px window shows it without
+    // scrolling; the user's own order and widths come back with restoreLayout().
+    // Widths follow the font: room for the header and for what the column usually holds.
+    const QFontMetrics metrics = view->fontMetrics();
+    auto room = [&metrics, model](int column, const QString& sample, int extra = 0) {
+        const QString title = model->headerData(column, Qt::Horizontal).toString();
+        return qMax(metrics.horizontalAdvance(title) + 24, metrics.horizontalAdvance(sample) + 16 + extra);
+    };
+    const QString time
+        = QLocale::system().toString(QDateTime(QDate(2026, 12, 28), QTime(23, 59, 59)), QLocale::ShortFormat);
+    const int icon = view->style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, view) + 6;
+    // A name as users give them is read whole, beside its icon; a progress label that outgrows its
+    // column shows whole in its tool tip.
+    const QList<QPair<int, int>> columns = {{nameColumn, room(nameColumn, QStringLiteral("My documents"), icon)},
+        {statusColumn, room(statusColumn, tr("Stop"), icon)},
+        {lastStatusColumn, room(lastStatusColumn, QStringLiteral("Uploading 99% \u00b7 99 MB/s"))},
+        {lastTimeColumn, room(lastTimeColumn, time)}, {nextRunColumn, room(nextRunColumn, time)},
+        {durationColumn, room(durationColumn, QStringLiteral("59 min"))},
+        {sizeColumn, room(sizeColumn, QStringLiteral("999.9 MB"))}, {messageColumn, 240}, {storageColumn, 140},
+        {scheduleColumn, 170}, {filesColumn, room(filesColumn, QStringLiteral("99999"))},
+        {failedColumn, room(failedColumn, QStringLiteral("99999"))}};
+    for (int place = 0; place < columns.size(); ++place) {
+        const int column = columns.at(place).first;
+        header->moveSection(header->visualIndex(column), place);
+        header->resizeSection(column, columns.at(place).second);
+    }
     view->setItemDelegateForColumn(statusColumn, new TWB::GUI::PlanQuickPlanStatus(view));
     view->setItemDelegateForColumn(storageColumn, new TWB::GUI::StorageNameDelegate(view));
-    view->setItemDelegateForColumn(
-        lastStatusColumn, new RunProgressDelegate(new TWB::GUI::PlanResultDelegate(view), view));
+    auto* progress = new RunProgressDelegate(new TWB::GUI::PlanResultDelegate(view), view);
+    m_progressDelegates << progress;
+    view->setItemDelegateForColumn(lastStatusColumn, progress);
+    view->setItemDelegateForColumn(messageColumn, new RunMessageDelegate(view));
     view->setItemDelegateForColumn(durationColumn, new TWB::GUI::DuratonDelegate(view));
     view->setItemDelegateForColumn(sizeColumn, new TWB::GUI::SizeDelegate(view));
+    header->setSortIndicator(nameColumn, Qt::AscendingOrder);
+    view->setSortingEnabled(true);
+    FullTextToolTips::install(view);
     connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
         [this, view] { onSelectionChanged(view); });
     connect(view, &QTreeView::customContextMenuRequested, this, [this, view](const QPoint& point) {
@@ -178,6 +217,7 @@ QTreeView* ConsoleWindow::makePlanView(const QString& modelName)
     });
     // Documents fill the storage column; fetch each plan's once it is listed.
     connect(model, &QAbstractItemModel::rowsInserted, this, [model](const QModelIndex&, int first, int last) {
+        // The source's own rows: the view's sorted rows may stand elsewhere.
         auto list = TWB::GUI::PlanXmlList::instance();
         for (int row = first; list && row <= last; ++row) {
             const QUuid id(model->index(row, idColumn).data().toString());
@@ -211,6 +251,7 @@ QTreeView* ConsoleWindow::makeStorageView()
     view->setItemDelegateForColumn(storageUsedColumn, new TWB::GUI::SizeDelegate(view));
     view->header()->resizeSection(storageNameColumn, 240);
     view->header()->resizeSection(storagePathColumn, 360);
+    FullTextToolTips::install(view);
     return view;
 }
 
@@ -233,6 +274,16 @@ void ConsoleWindow::buildActions()
     toolbar->addSeparator();
     m_remove = toolbar->addAction(IconManager::icon(IconManager::Remove, IconManager::Small), tr("Remove"));
     m_remove->setToolTip(tr("Remove the selected plan"));
+    m_toolbar = toolbar;
+    // A tab without actions leaves the bar empty; it keeps its height so that the tabs do not jump.
+    toolbar->setMinimumHeight(toolbar->sizeHint().height());
+    for (QAction* action : {m_start, m_stop, m_runFull, m_remove})
+        m_toolTips.insert(action, action->toolTip());
+    const QList<QAction*> planActions = toolbar->actions();
+    setTabActions(m_backupView, planActions);
+    setTabActions(m_restoreView, planActions);
+    if (m_storageView)
+        setTabActions(m_storageView, {});
 
     connect(m_start, &QAction::triggered, m_control, [this] { m_control->onChangePlanStatus(false); });
     connect(m_stop, &QAction::triggered, m_control, [this] { m_control->onChangePlanStatus(false); });
@@ -240,8 +291,48 @@ void ConsoleWindow::buildActions()
     connect(m_remove, &QAction::triggered, this, &ConsoleWindow::onRemoveClicked);
 }
 
+void ConsoleWindow::setTabActions(QWidget* tab, const QList<QAction*>& actions)
+{
+    m_tabActions.insert(tab, actions);
+    for (QAction* action : actions) {
+        if (!m_toolbar->actions().contains(action))
+            m_toolbar->addAction(action);
+    }
+    updateToolbar();
+}
+
+void ConsoleWindow::updateToolbar()
+{
+    if (!m_toolbar)
+        return;
+    const QList<QAction*> shown = m_tabActions.value(m_tabs->currentWidget());
+    for (QAction* action : m_toolbar->actions()) {
+        bool visible = shown.contains(action);
+        // A restore plan has no full backup to run.
+        if (action == m_runFull && m_tabs->currentWidget() == m_restoreView)
+            visible = false;
+        action->setVisible(visible);
+    }
+}
+
+void ConsoleWindow::onTabChanged()
+{
+    QWidget* current = m_tabs->currentWidget();
+    if (current == m_backupView || current == m_restoreView) {
+        onSelectionChanged(static_cast<QTreeView*>(current));
+    } else {
+        // No plan is in view here: the plan actions must not act on one the user cannot see.
+        m_currentPlan = QUuid();
+        m_control->setCurrentPlan(m_currentPlan, 0);
+        onStatusChanged(0, 0);
+    }
+    updateToolbar();
+}
+
 void ConsoleWindow::onSelectionChanged(QTreeView* view)
 {
+    if (view != m_tabs->currentWidget() || !view->selectionModel())
+        return;
     const QModelIndexList rows = view->selectionModel()->selectedRows(idColumn);
     m_currentPlan = rows.isEmpty() ? QUuid() : QUuid(rows.first().data().toString());
     m_control->setCurrentPlan(m_currentPlan, 0);
@@ -252,12 +343,58 @@ void ConsoleWindow::onSelectionChanged(QTreeView* view)
 
 void ConsoleWindow::onStatusChanged(int subType, int status)
 {
-    const bool known = !m_currentPlan.isNull() && (subType == 1 || subType == 2);
+    m_subType = subType;
+    m_status = status;
+    const bool known = !m_away && !m_currentPlan.isNull() && (subType == 1 || subType == 2);
     m_start->setEnabled(known && status == 2);
     m_stop->setEnabled(known && status == 1);
     m_runFull->setEnabled(known && subType == 1 && status == 2);
     m_remove->setEnabled(known && status == 2);
-    m_runFull->setVisible(subType != 2);
+}
+
+void ConsoleWindow::setServiceAway(bool away)
+{
+    m_away = away;
+    for (RunProgressDelegate* delegate : qAsConst(m_progressDelegates))
+        delegate->setServiceAway(away);
+    const QString reason = tr("Unavailable while the local backup service is away; the console is starting it again.");
+    for (auto tip = m_toolTips.cbegin(); tip != m_toolTips.cend(); ++tip)
+        tip.key()->setToolTip(away ? tip.value() + QStringLiteral("\n") + reason : tip.value());
+    onStatusChanged(m_subType, m_status);
+    for (QTreeView* view : {m_backupView, m_restoreView})
+        view->viewport()->update();
+}
+
+void ConsoleWindow::watchRunsForStorages()
+{
+    // An account's space used changes with each run into it: read the account again when a run ends.
+    auto manager = ModelManager::instance();
+    auto* table = manager ? qobject_cast<TWB::GUI::PlanTableModel*>(manager->create(ModelNames::PlanTable)) : nullptr;
+    if (!table)
+        return;
+    auto check = [this, table](int first, int last) {
+        for (int row = first; row <= last && row < table->rowCount(); ++row) {
+            const QUuid id(table->index(row, idColumn).data().toString());
+            const bool running = table->index(row, statusColumn).data().toInt() == 1;
+            const bool wasRunning = m_running.value(id, false);
+            m_running.insert(id, running);
+            if (!wasRunning || running)
+                continue;
+            auto list = TWB::GUI::PlanXmlList::instance();
+            TWB::Info::Plan::Base* plan = list ? list->plan(id) : nullptr;
+            auto models = ModelManager::instance();
+            auto* storages = models
+                ? qobject_cast<TWB::GUI::StorageConnectionsModel*>(models->create(ModelNames::StorageConnection))
+                : nullptr;
+            if (plan && storages)
+                storages->editStorage(plan->storage());
+        }
+    };
+    connect(table, &QAbstractItemModel::dataChanged, this,
+        [check](
+            const QModelIndex& topLeft, const QModelIndex& bottomRight) { check(topLeft.row(), bottomRight.row()); });
+    connect(table, &QAbstractItemModel::rowsInserted, this,
+        [check](const QModelIndex&, int first, int last) { check(first, last); });
 }
 
 void ConsoleWindow::onRemoveClicked()
@@ -313,6 +450,7 @@ void ConsoleWindow::showConnection(const QString& text, const QString& detail, c
 
 void ConsoleWindow::onConnected()
 {
+    setServiceAway(false);
     showConnection(tr("Connected"),
         tr("The local backup service answers on %1.").arg(SHARED::defines::Path::serviceSocket()),
         QColor(0x2e, 0x9e, 0x4f), false);
@@ -326,6 +464,7 @@ void ConsoleWindow::onDisconnected()
 {
     if (m_wasConnected)
         m_lostConnection = true;
+    setServiceAway(true);
     // While the launcher is starting the service, that is the better news to show.
     if (m_launcher.state() == ServiceLauncher::State::Starting || m_launcher.state() == ServiceLauncher::State::Failed)
         return;
@@ -344,6 +483,9 @@ void ConsoleWindow::refreshAfterReconnection()
         return;
     for (int row = 0; row < table->rowCount(); ++row)
         table->loadInfo(QUuid(table->index(row, idColumn).data().toString()));
+    // Runs ended while the service was away, and the space they used with them.
+    if (auto* storages = manager->create(ModelNames::StorageConnection))
+        storages->init();
 }
 
 void ConsoleWindow::onLauncherState(ServiceLauncher::State state)
@@ -353,6 +495,7 @@ void ConsoleWindow::onLauncherState(ServiceLauncher::State state)
         showConnection(tr("Connecting"), tr("Looking for the local backup service…"), QColor(0x9e, 0x9e, 0x9e), false);
         break;
     case ServiceLauncher::State::Starting:
+        setServiceAway(true);
         showConnection(tr("Starting the service"), tr("No local backup service answered, so the console started one."),
             QColor(0xf2, 0xa9, 0x00), false);
         break;
@@ -363,6 +506,7 @@ void ConsoleWindow::onLauncherState(ServiceLauncher::State state)
         onDisconnected();
         break;
     case ServiceLauncher::State::Failed:
+        setServiceAway(true);
         showConnection(tr("Disconnected"), m_launcher.lastError(), QColor(0xc6, 0x28, 0x28), true);
         statusBar()->showMessage(m_launcher.lastError());
         break;

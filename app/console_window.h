@@ -2,6 +2,8 @@
 
 #include "app/service_launcher.h"
 
+#include <QHash>
+#include <QList>
 #include <QMainWindow>
 #include <QPointer>
 #include <QUuid>
@@ -10,6 +12,7 @@ class QAction;
 class QLabel;
 class QPushButton;
 class QTabWidget;
+class QToolBar;
 class QTreeView;
 
 namespace TWB::GUI {
@@ -20,6 +23,7 @@ class PlanControlObject;
 
 namespace TWB::Host {
 
+class RunProgressDelegate;
 class StorageActions;
 
 /// The console's main window: the plan tables with live progress, the storage accounts, the plan
@@ -47,8 +51,14 @@ public:
     QAction* stopAction() const { return m_stop; }
     QAction* runFullAction() const { return m_runFull; }
     QAction* removeAction() const { return m_remove; }
-    /// The plan the controls act on.
+    /// The plan the controls act on: the one selected on the plan tab in view, or none.
     QUuid currentPlan() const { return m_currentPlan; }
+    QToolBar* toolBar() const { return m_toolbar; }
+
+    /// The actions the toolbar offers while `tab` is in view; the plan tabs offer the plan actions,
+    /// the storage tab none until its owner gives it some. Actions not yet on the toolbar are added.
+    void setTabActions(QWidget* tab, const QList<QAction*>& actions);
+    QList<QAction*> tabActions(QWidget* tab) const { return m_tabActions.value(tab); }
 
     /// Puts the window and its columns where the user left them.
     void restoreLayout();
@@ -67,7 +77,11 @@ private:
     void onLauncherState(ServiceLauncher::State state);
     void onUpdateStarted();
     void onSelectionChanged(QTreeView* view);
+    void onTabChanged();
+    void updateToolbar();
     void onStatusChanged(int subType, int status);
+    void setServiceAway(bool away);
+    void watchRunsForStorages();
     void onRemoveClicked();
     void onCurrentPlanRemoved(const QUuid& id);
     void onPlanProgress(const QUuid& id);
@@ -84,6 +98,14 @@ private:
     QAction* m_stop = nullptr; // owned by parent-child
     QAction* m_runFull = nullptr; // owned by parent-child
     QAction* m_remove = nullptr; // owned by parent-child
+    QToolBar* m_toolbar = nullptr; // owned by parent-child
+    QHash<QWidget*, QList<QAction*>> m_tabActions;
+    QHash<QAction*, QString> m_toolTips; // each plan action's own tip, while the service answers
+    QList<RunProgressDelegate*> m_progressDelegates; // owned by their views
+    QHash<QUuid, bool> m_running; // plans seen running, to learn when a run ends
+    int m_subType = 0;
+    int m_status = 0;
+    bool m_away = false;
     QLabel* m_connectionDot = nullptr; // owned by parent-child
     QLabel* m_connectionText = nullptr; // owned by parent-child
     QPushButton* m_retry = nullptr; // owned by parent-child

@@ -47,31 +47,77 @@ void runSelfTest(TWB::Host::ConsoleWindow& window, BaseModel* table, const QStri
 
 } // namespace
 
-int main(int argc, char** argv)
+namespace {
+
+struct Options
 {
-    Application app(argc, argv);
+    QCommandLineOption socket {QStringLiteral("socket"),
+        QStringLiteral("Talk to the service on <path>; a service started by the console listens there."),
+        QStringLiteral("path")};
+    QCommandLineOption data {QStringLiteral("data-dir"),
+        QStringLiteral("Keep the data of a service started by the console in <folder>."), QStringLiteral("folder")};
+    QCommandLineOption selfTest {QStringLiteral("self-test"),
+        QStringLiteral("Start against a private service, wait for the plans, save a picture of the window "
+                       "and exit: 0 when all went well.")};
+    QCommandLineOption screenshot {
+        QStringLiteral("screenshot"), QStringLiteral("Where the self-test saves its picture."), QStringLiteral("file")};
+
+    void addTo(QCommandLineParser& parser) const
+    {
+        parser.setApplicationDescription(Application::applicationName());
+        parser.addHelpOption();
+        parser.addVersionOption();
+        parser.addOptions({socket, data, selfTest, screenshot});
+    }
+};
+
+void nameTheProgram()
+{
     QCoreApplication::setApplicationName(QStringLiteral("twbgui"));
     QCoreApplication::setApplicationVersion(Application::buildVersion());
+}
+
+// --help and --version are answered on a terminal, which may have no display at all.
+bool asksForTextOnly(int argc, char** argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray argument(argv[i]);
+        if (argument == "--")
+            return false;
+        if (argument == "--help" || argument == "-h" || argument == "-?" || argument == "--help-all"
+            || argument == "--version" || argument == "-v")
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (asksForTextOnly(argc, argv)) {
+        QCoreApplication app(argc, argv);
+        nameTheProgram();
+        QCommandLineParser parser;
+        const Options options;
+        options.addTo(parser);
+        parser.process(app); // prints and exits
+        return 0;
+    }
+
+    Application app(argc, argv);
+    nameTheProgram();
     QGuiApplication::setApplicationDisplayName(Application::applicationName());
     QGuiApplication::setDesktopFileName(QStringLiteral("tidewrack-console"));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(Application::applicationName());
-    parser.addHelpOption();
-    parser.addVersionOption();
-    const QCommandLineOption socketOption(QStringLiteral("socket"),
-        QStringLiteral("Talk to the service on <path>; a service started by the console listens there."),
-        QStringLiteral("path"));
-    const QCommandLineOption dataOption(QStringLiteral("data-dir"),
-        QStringLiteral("Keep the data of a service started by the console in <folder>."), QStringLiteral("folder"));
-    const QCommandLineOption selfTestOption(QStringLiteral("self-test"),
-        QStringLiteral("Start against a private service, wait for the plans, save a picture of the window "
-                       "and exit: 0 when all went well."));
-    const QCommandLineOption screenshotOption(
-        QStringLiteral("screenshot"), QStringLiteral("Where the self-test saves its picture."), QStringLiteral("file"));
-    parser.addOptions({socketOption, dataOption, selfTestOption, screenshotOption});
+    const Options options;
+    options.addTo(parser);
+    const QCommandLineOption& socketOption = options.socket;
+    const QCommandLineOption& dataOption = options.data;
+    const QCommandLineOption& selfTestOption = options.selfTest;
+    const QCommandLineOption& screenshotOption = options.screenshot;
     parser.process(app);
-
     const bool selfTest = parser.isSet(selfTestOption);
     // The self-test's private service lives in a folder of its own unless one is given.
     std::unique_ptr<QTemporaryDir> privateFolder;

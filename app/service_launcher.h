@@ -4,11 +4,13 @@
 #include <QProcess>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 
 namespace TWB::Host {
 
-/// Makes sure a local service answers: when the first connection attempt finds none, it starts
-/// twbd from the program's own folder, detached, and lets the channel connect once it is up.
+/// Keeps a local service answering: whenever the channel finds none, it starts twbd from the
+/// program's own folder, and starts it again each time it goes away, waiting longer after each
+/// restart that did not last (the back-off) and logging every restart.
 class ServiceLauncher final : public QObject
 {
     Q_OBJECT
@@ -30,17 +32,32 @@ public:
     void setServiceProgram(const QString& program) { m_program = program; }
     QString serviceProgram() const;
 
+    /// The wait before a restart: `firstMs` after a service that ran a while, doubled after each restart
+    /// that did not last `stableMs`, up to `maxMs`.
+    void setRestartDelays(int firstMs, int maxMs, int stableMs);
+
     /// Begins watching the channel; starts the service if none answers.
     void start();
+    /// The user's "Connect now": ends any wait, starting the service at once when it is away.
+    void connectNow();
 
     State state() const { return m_state; }
     QString lastError() const { return m_lastError; }
+    /// How many times the service was started, the first start included.
+    int startCount() const { return m_starts; }
+    /// The process id of the service this launcher runs attached, or 0.
+    qint64 servicePid() const { return m_child ? m_child->processId() : 0; }
+    /// Milliseconds until the next restart, or -1 when none waits.
+    int restartIn() const { return m_restart.isActive() ? m_restart.remainingTime() : -1; }
 
 Q_SIGNALS:
     void stateChanged(TWB::Host::ServiceLauncher::State state);
 
 private:
     void onAttemptFailed();
+    void onConnected();
+    void launch();
+    void endStarting();
     void setState(State state);
 
     QStringList m_arguments;
@@ -49,7 +66,15 @@ private:
     QString m_program;
     QString m_lastError;
     State m_state = State::Connecting;
-    bool m_launched = false;
+    int m_starts = 0;
+    int m_firstDelayMs = 1000;
+    int m_maxDelayMs = 30000;
+    int m_stableMs = 60000;
+    int m_nextDelayMs = 1000;
+    QTimer m_restart; // the back-off before the next start
+    QTimer m_poll; // looks for the started service more often than the channel would
+    QTimer m_startLimit; // a start that never listens ends here
+    QTimer m_stable; // a service that stays up this long resets the back-off
 };
 
 } // namespace TWB::Host

@@ -13,6 +13,12 @@
 #include "service/commands/settings_commands.h"
 #include "service/commands/storage_commands.h"
 
+#include "service/engine/run_places.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
 namespace TWB::Service {
 
 LocalService::LocalService(QObject* parent)
@@ -31,6 +37,30 @@ QString LocalService::storeFile(const QString& dataDir)
 {
     return dataDir + QStringLiteral("/service.db");
 }
+
+namespace {
+
+// The cache holds repository indexes and the rclone configuration, and the run folder the key files
+// of runs: both are made private here, before any run writes into them, and put right in a data
+// folder of an older version.
+void makePrivatePlaces(const QString& dataDir)
+{
+    const RunPlaces places {dataDir};
+    const QString cache = QFileInfo(places.rcloneConfig()).absolutePath();
+    const QString runs = QFileInfo(places.runFolder(QUuid())).absolutePath();
+    for (const QString& folder : {cache, runs}) {
+        if (!QDir().mkpath(folder))
+            throw QStringLiteral("Cannot create the folder %1").arg(folder);
+        QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    }
+    QFile config(places.rcloneConfig());
+    if (!config.exists() && !config.open(QIODevice::WriteOnly))
+        throw QStringLiteral("Cannot create %1").arg(config.fileName());
+    config.close();
+    config.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+}
+
+} // namespace
 
 bool LocalService::start(const QString& socketPath, const QString& dataDir, QString* error)
 {
@@ -77,6 +107,15 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         m_engine->recoverInterrupted();
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << "Cannot record the runs the last stop cut short:" << text;
+    }
+    // After the recovery, which clears what interrupted runs left in the run folder.
+    try {
+        makePrivatePlaces(dataDir);
+    } catch (const QString& text) {
+        m_server.close();
+        if (error)
+            *error = text;
+        return false;
     }
     try {
         // After the machine was off, the first pass moves every missed plan's next run: one durable

@@ -1,5 +1,7 @@
 #include "app/console_models.h"
 #include "app/console_window.h"
+#include "app/plan_view_support.h"
+#include "app/run_progress_delegate.h"
 #include "app/service_launcher.h"
 #include "frame/application.h"
 #include "frame/application_event_controller.h"
@@ -21,7 +23,9 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QStatusBar>
+#include <QStyle>
 #include <QTabWidget>
+#include <QToolBar>
 #include <QTreeView>
 #include <QtTest>
 
@@ -48,6 +52,37 @@ int rowNamed(QTreeView* view, const QString& name)
             return row;
     }
     return -1;
+}
+
+void selectRow(QTreeView* view, int row)
+{
+    view->selectionModel()->select(
+        view->model()->index(row, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+bool retryShown(QWidget* window)
+{
+    for (QPushButton* button : window->findChildren<QPushButton*>()) {
+        if (button->text() == QStringLiteral("Connect now") && button->isVisible())
+            return true;
+    }
+    return false;
+}
+
+TWB::Host::RunProgressDelegate* progressDelegate(QTreeView* view)
+{
+    return qobject_cast<TWB::Host::RunProgressDelegate*>(view->itemDelegateForColumn(7));
+}
+
+// What the toolbar shows: the visible actions' texts, separators left out.
+QStringList toolbarTexts(QToolBar* toolbar)
+{
+    QStringList texts;
+    for (QAction* action : toolbar->actions()) {
+        if (action->isVisible() && !action->isSeparator())
+            texts << action->text();
+    }
+    return texts;
 }
 
 } // namespace
@@ -82,15 +117,15 @@ private:
             return folder;
         QDir().mkpath(folder + QStringLiteral("/letters"));
         QRandomGenerator random(7);
-        for (int i = 0; i < 120; ++i) {
+        // Enough data that restic spends seconds on it, so that each phase is seen.
+        QVector<quint32> words(64 * 1024);
+        for (int i = 0; i < 240; ++i) {
             QFile file(
                 folder + (i % 2 ? QStringLiteral("/letters") : QString()) + QStringLiteral("/file-%1.bin").arg(i));
             if (!file.open(QIODevice::WriteOnly))
                 break;
-            QByteArray bytes(64 * 1024, Qt::Uninitialized);
-            for (char& b : bytes)
-                b = char(random.generate());
-            file.write(bytes);
+            random.fillRange(words.data(), words.size());
+            file.write(reinterpret_cast<const char*>(words.constData()), words.size() * int(sizeof(quint32)));
         }
         return folder;
     }
@@ -130,6 +165,7 @@ private Q_SLOTS:
         m_launcher = std::make_unique<ServiceLauncher>();
         m_launcher->setServiceArguments(serviceArguments());
         m_launcher->setAttached(true);
+        m_launcher->setRestartDelays(300, 2000, 60000);
     }
 
     void cleanupTestCase()
@@ -151,10 +187,14 @@ private Q_SLOTS:
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         QVERIFY(window.statusBar()->currentMessage().contains(QStringLiteral("no-such-twbd")));
-        bool retryShown = false;
-        for (QPushButton* button : window.findChildren<QPushButton*>())
-            retryShown = retryShown || (button->text() == QStringLiteral("Connect now") && button->isVisible());
-        QVERIFY(retryShown);
+        QVERIFY(retryShown(&window));
+        // "Connect now" tries again at once, and says so in the log rather than waiting out the back-off.
+        const int starts = launcher.startCount();
+        for (QPushButton* button : window.findChildren<QPushButton*>()) {
+            if (button->text() == QStringLiteral("Connect now"))
+                button->click();
+        }
+        QCOMPARE(launcher.startCount(), starts + 1);
         QVERIFY(window.grab().save(TestEnvironment::outputDir() + QStringLiteral("/console_window_failed.png")));
     }
 
@@ -180,6 +220,33 @@ private Q_SLOTS:
         m_window->tabs()->setCurrentIndex(0);
     }
 
+    void versionAndHelpAnswerWithoutADisplay_data()
+    {
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("help") << QStringLiteral("--help") << QStringLiteral("--socket <path>");
+        QTest::newRow("version") << QStringLiteral("--version") << QStringLiteral("twbgui ");
+    }
+
+    void versionAndHelpAnswerWithoutADisplay()
+    {
+        QFETCH(QString, option);
+        QFETCH(QString, expected);
+        QProcess gui;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        // A terminal with no X server and no way to reach one.
+        environment.remove(QStringLiteral("DISPLAY"));
+        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+        gui.setProcessEnvironment(environment);
+        gui.start(QStringLiteral(TWBGUI_PROGRAM), {option});
+        QVERIFY(gui.waitForFinished(20000));
+        const QString output = QString::fromUtf8(gui.readAllStandardOutput());
+        QVERIFY2(
+            gui.exitStatus() == QProcess::NormalExit && gui.exitCode() == 0, gui.readAllStandardError().constData());
+        QVERIFY2(output.contains(expected), qPrintable(output));
+    }
+
     void importedPlanRunsFromTheToolbarToSuccess()
     {
         const QUuid local(m_window->storageView()->model()->index(0, 1).data().toString());
@@ -200,6 +267,16 @@ private Q_SLOTS:
         savePicture(QStringLiteral("console_window_plans"));
 
         QSignalSpy progress(TWB::GUI::PlanStatusList::instance().data(), &TWB::GUI::PlanStatusList::updated);
+        // What the bar says at each progress message of this first run.
+        QStringList barTexts;
+        const QUuid plan(view->model()->index(row, 0).data().toString());
+        auto recorder = connect(TWB::GUI::PlanStatusList::instance().data(), &TWB::GUI::PlanStatusList::updated, this,
+            [&barTexts, view, plan](const QUuid& id) {
+                const int at = rowNamed(view, QStringLiteral("Documents"));
+                if (id == plan && at >= 0)
+                    barTexts << progressDelegate(view)->runningText(view->model()->index(at, 7));
+            });
+        const double usedBefore = m_window->storageView()->model()->index(0, 7).data().toDouble();
         m_window->startAction()->trigger();
         // The service confirms the start by notification: the row runs and the toolbar offers Stop.
         QTRY_COMPARE_WITH_TIMEOUT(view->model()->index(row, 4).data().toInt(), 1, 20000);
@@ -208,6 +285,11 @@ private Q_SLOTS:
         QVERIFY(progress.wait(10000));
         QCOMPARE(progress.last().at(0).toUuid(), QUuid(view->model()->index(row, 0).data().toString()));
         savePicture(QStringLiteral("console_window_running"));
+        // The label is whole inside the bar, or its tool tip says it whole.
+        const QRect bar = view->visualRect(view->model()->index(row, 7));
+        QVERIFY(bar.width() >= view->fontMetrics().horizontalAdvance(
+                    progressDelegate(view)->runningText(view->model()->index(row, 7)))
+            || !TWB::Host::FullTextToolTips::toolTip(view, view->model()->index(row, 7)).isEmpty());
         // The run ends and its row says so.
         QTRY_COMPARE_WITH_TIMEOUT(view->model()->index(row, 4).data().toInt(), 2, 60000);
         QTRY_COMPARE_WITH_TIMEOUT(view->model()->index(row, 7).data().toInt(), 6, 10000);
@@ -216,6 +298,180 @@ private Q_SLOTS:
         QVERIFY(!view->model()->index(row, 6).data().toString().isEmpty());
         QTRY_VERIFY(m_window->startAction()->isEnabled());
         savePicture(QStringLiteral("console_window_success"));
+        disconnect(recorder);
+
+        // A first run creates the repository before it reads a file: the bar says so, then what follows.
+        qInfo() << "bar texts of the first run:" << barTexts;
+        QVERIFY(!barTexts.isEmpty());
+        QVERIFY2(barTexts.first().startsWith(QStringLiteral("Preparing the storage")), qPrintable(barTexts.join('|')));
+        for (const QString& text : qAsConst(barTexts))
+            QVERIFY2(!text.startsWith(QStringLiteral("0%")), qPrintable(text));
+
+        // The account's space used follows the run without a restart of the console.
+        QTRY_VERIFY_WITH_TIMEOUT(m_window->storageView()->model()->index(0, 7).data().toDouble() > usedBefore, 10000);
+        QVERIFY(m_window->storageView()->model()->index(0, 7).data().toDouble() > 10 * 1024 * 1024);
+    }
+
+    void toolbarFollowsTheVisibleTab()
+    {
+        QTreeView* view = m_window->backupView();
+        const int row = rowNamed(view, QStringLiteral("Documents"));
+        QVERIFY(row >= 0);
+        m_window->tabs()->setCurrentWidget(view);
+        selectRow(view, row);
+        QTRY_VERIFY(m_window->removeAction()->isEnabled());
+        QCOMPARE(toolbarTexts(m_window->toolBar()),
+            QStringList({QStringLiteral("Start"), QStringLiteral("Stop"), QStringLiteral("Run full backup"),
+                QStringLiteral("Remove")}));
+
+        const QPoint tabsAt = m_window->tabs()->mapTo(m_window.get(), QPoint());
+
+        // The storage tab: no plan is in view, so no plan action is offered or can act.
+        m_window->tabs()->setCurrentWidget(m_window->storageView());
+        // An empty bar keeps its height: the tabs stay where the user clicked.
+        QTRY_VERIFY(!m_window->toolBar()->widgetForAction(m_window->startAction())->isVisible());
+        QCOMPARE(m_window->tabs()->mapTo(m_window.get(), QPoint()), tabsAt);
+        m_window->storageView()->setCurrentIndex(m_window->storageView()->model()->index(0, 0));
+        QVERIFY(m_window->currentPlan().isNull());
+        QCOMPARE(toolbarTexts(m_window->toolBar()), QStringList());
+        QVERIFY(!m_window->removeAction()->isEnabled());
+        QVERIFY(!m_window->startAction()->isEnabled());
+        savePicture(QStringLiteral("console_window_toolbar_storages"));
+
+        // A tab may bring its own actions; they show only there.
+        QAction accountAction(QStringLiteral("Add account"));
+        m_window->setTabActions(m_window->storageView(), {&accountAction});
+        QCOMPARE(toolbarTexts(m_window->toolBar()), QStringList({QStringLiteral("Add account")}));
+
+        // The empty restore tab: plan actions are shown but act on nothing; no full backup there.
+        m_window->tabs()->setCurrentWidget(m_window->restoreView());
+        QCOMPARE(m_window->restoreView()->model()->rowCount(), 0);
+        QVERIFY(m_window->currentPlan().isNull());
+        QCOMPARE(toolbarTexts(m_window->toolBar()),
+            QStringList({QStringLiteral("Start"), QStringLiteral("Stop"), QStringLiteral("Remove")}));
+        for (QAction* action :
+            {m_window->startAction(), m_window->runFullAction(), m_window->removeAction(), m_window->stopAction()})
+            QVERIFY2(!action->isEnabled(), qPrintable(action->text()));
+        savePicture(QStringLiteral("console_window_toolbar_restores"));
+
+        // Back on the backups, the selection there is what the actions act on again.
+        m_window->tabs()->setCurrentWidget(view);
+        QCOMPARE(m_window->currentPlan(), QUuid(view->model()->index(row, 0).data().toString()));
+        QTRY_VERIFY(m_window->removeAction()->isEnabled());
+        m_window->setTabActions(m_window->storageView(), {});
+        m_window->toolBar()->removeAction(&accountAction);
+    }
+
+    void tablesSortByHeaderAndShowCutTextsWhole()
+    {
+        const QUuid local(m_window->storageView()->model()->index(0, 1).data().toString());
+        const QString longName = QStringLiteral("Plan 10 with a name far longer than any column gives it room for");
+        importPlan(QStringLiteral("Plan 9"), local);
+        importPlan(longName, local);
+        QTreeView* view = m_window->backupView();
+        QTRY_VERIFY(rowNamed(view, QStringLiteral("Plan 9")) >= 0 && rowNamed(view, longName) >= 0);
+        QHeaderView* header = view->header();
+        auto names = [view] {
+            QStringList list;
+            for (int row = 0; row < view->model()->rowCount(); ++row)
+                list << view->model()->index(row, 1).data().toString();
+            return list;
+        };
+        // A click on the name header sorts by name, a second click the other way.
+        const int nameX = header->sectionViewportPosition(1) + header->sectionSize(1) / 2;
+        header->setSortIndicator(0, Qt::AscendingOrder);
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(nameX, header->height() / 2));
+        QCOMPARE(header->sortIndicatorSection(), 1);
+        const QStringList ascending = names();
+        QCOMPARE(ascending, QStringList({QStringLiteral("Documents"), QStringLiteral("Plan 9"), longName}));
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(nameX, header->height() / 2));
+        QCOMPARE(names(), QStringList({longName, QStringLiteral("Plan 9"), QStringLiteral("Documents")}));
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(nameX, header->height() / 2));
+
+        // The long name is cut in its column, and its tool tip holds it whole; a short one needs none.
+        const QModelIndex cut = view->model()->index(rowNamed(view, longName), 1);
+        QCOMPARE(TWB::Host::FullTextToolTips::toolTip(view, cut), longName);
+        QVERIFY(TWB::Host::FullTextToolTips::toolTip(
+            view, view->model()->index(rowNamed(view, QStringLiteral("Plan 9")), 1))
+                    .isEmpty());
+
+        // A new window shows what users read first without scrolling: name, status, last result and
+        // time, next run, duration and size.
+        ConsoleWindow fresh(*m_controller, *m_launcher);
+        fresh.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&fresh));
+        QCOMPARE(fresh.size(), QSize(1100, 640));
+        QTreeView* freshView = fresh.backupView();
+        QTRY_VERIFY(freshView->model()->rowCount() >= 3);
+        QVERIFY(fresh.grab().save(TestEnvironment::outputDir() + QStringLiteral("/console_window_new.png")));
+        // A usual plan name is read whole, beside the plan's icon.
+        const int icon = freshView->style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, freshView);
+        QVERIFY(freshView->columnWidth(1)
+            >= freshView->fontMetrics().horizontalAdvance(QStringLiteral("My documents")) + icon + 16);
+        for (int column : {1, 4, 6, 7, 9, 10, 13}) {
+            const QRect cell = freshView->visualRect(freshView->model()->index(0, column));
+            QVERIFY2(cell.left() >= 0 && cell.right() <= freshView->viewport()->width(),
+                qPrintable(QStringLiteral("column %1 at %2..%3 of %4")
+                               .arg(column)
+                               .arg(cell.left())
+                               .arg(cell.right())
+                               .arg(freshView->viewport()->width())));
+        }
+    }
+
+    void serviceKilledTwiceDuringARunIsShownAndRestarted()
+    {
+        QTreeView* view = m_window->backupView();
+        m_window->tabs()->setCurrentWidget(view);
+        const QUuid plan(view->model()->index(rowNamed(view, QStringLiteral("Documents")), 0).data().toString());
+        for (int round = 1; round <= 2; ++round) {
+            int row = rowNamed(view, QStringLiteral("Documents"));
+            QVERIFY(row >= 0);
+            selectRow(view, row);
+            QTRY_VERIFY(m_window->startAction()->isEnabled());
+            m_window->startAction()->trigger();
+            QTRY_COMPARE_WITH_TIMEOUT(
+                view->model()->index(rowNamed(view, QStringLiteral("Documents")), 4).data().toInt(), 1, 20000);
+            row = rowNamed(view, QStringLiteral("Documents"));
+            // The last run's message gives way to the live run.
+            const QString lastMessage = view->model()->index(row, 8).data().toString();
+            auto* message = qobject_cast<TWB::Host::RunMessageDelegate*>(view->itemDelegateForColumn(8));
+            QVERIFY(message);
+            if (!lastMessage.isEmpty())
+                QVERIFY(message->textFor(view->model()->index(row, 8), QLocale()) != lastMessage);
+            QTRY_VERIFY(m_window->stopAction()->isEnabled());
+
+            const int starts = m_launcher->startCount();
+            const qint64 pid = m_launcher->servicePid();
+            QVERIFY(pid > 0);
+            QCOMPARE(::kill(pid_t(pid), SIGKILL), 0);
+
+            // While the service is away: the status bar says so, the running row does not pretend
+            // to go on, and no plan action can be used, with the reason in its tool tip.
+            QTRY_VERIFY_WITH_TIMEOUT(m_window->connectionText() != QStringLiteral("Connected"), 10000);
+            row = rowNamed(view, QStringLiteral("Documents"));
+            QCOMPARE(progressDelegate(view)->runningText(view->model()->index(row, 7)),
+                TWB::Host::RunProgressDelegate::awayText());
+            for (QAction* action : {m_window->startAction(), m_window->stopAction(), m_window->runFullAction(),
+                     m_window->removeAction()}) {
+                QVERIFY2(!action->isEnabled(), qPrintable(action->text()));
+                QVERIFY(action->toolTip().contains(QStringLiteral("service is away")));
+            }
+            savePicture(QStringLiteral("console_window_away_%1").arg(round));
+
+            // The console starts its service again, each time, and the run shows as cut short.
+            QTRY_COMPARE_WITH_TIMEOUT(m_window->connectionText(), QStringLiteral("Connected"), 20000);
+            QCOMPARE(m_launcher->startCount(), starts + 1);
+            QVERIFY(m_launcher->servicePid() != pid);
+            QTRY_COMPARE_WITH_TIMEOUT(
+                view->model()->index(rowNamed(view, QStringLiteral("Documents")), 4).data().toInt(), 2, 10000);
+            row = rowNamed(view, QStringLiteral("Documents"));
+            QTRY_COMPARE(view->model()->index(row, 7).data().toInt(), 9);
+            QVERIFY(!m_window->startAction()->toolTip().contains(QStringLiteral("service is away")));
+            QTRY_VERIFY(m_window->startAction()->isEnabled());
+            QCOMPARE(QUuid(view->model()->index(row, 0).data().toString()), plan);
+            savePicture(QStringLiteral("console_window_back_%1").arg(round));
+        }
     }
 
     void removingAPlanAsksFirst()
@@ -241,30 +497,6 @@ private Q_SLOTS:
         }
         QTRY_COMPARE(rowNamed(view, QStringLiteral("Documents")), -1);
         QTRY_VERIFY(!m_window->removeAction()->isEnabled());
-    }
-
-    void statusBarFollowsTheServiceGoingAndComingBack()
-    {
-        // Stop the service the console started; its pid stands in its log.
-        QFile log(m_env->dataDir() + QStringLiteral("/log/twbd.log"));
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        const auto match
-            = QRegularExpression(QStringLiteral("\\(pid (\\d+)\\)")).match(QString::fromUtf8(log.readAll()));
-        QVERIFY(match.hasMatch());
-        QCOMPARE(::kill(pid_t(match.captured(1).toInt()), SIGTERM), 0);
-        QTRY_COMPARE_WITH_TIMEOUT(m_window->connectionText(), QStringLiteral("Disconnected"), 10000);
-        bool retryShown = false;
-        for (QPushButton* button : m_window->findChildren<QPushButton*>())
-            retryShown = retryShown || (button->text() == QStringLiteral("Connect now") && button->isVisible());
-        QVERIFY(retryShown);
-        savePicture(QStringLiteral("console_window_disconnected"));
-
-        ServiceProcess again(m_env->socketPath(), m_env->dataDir());
-        QVERIFY2(again.start(), qPrintable(again.output()));
-        QTRY_COMPARE_WITH_TIMEOUT(m_window->connectionText(), QStringLiteral("Connected"), 10000);
-        // The accounts kept by the service are there again.
-        QTRY_COMPARE(m_window->storageView()->model()->index(0, 0).data().toString(), QStringLiteral("Local storage"));
-        QVERIFY(again.terminate());
     }
 
     void layoutIsRememberedBetweenRuns()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/communication/json_line_buffer.h"
 #include "platform/twbplatform_export.h"
 
 #include <QByteArray>
@@ -30,23 +31,31 @@ public:
 
     QLocalSocket* socket() const { return m_socket; }
 
-    static constexpr qint64 maxLineSize() { return qint64(64) * 1024 * 1024; }
+    /// Stops handing on requests, leaving further input unread, until resumed: a peer that does not
+    /// read what it is sent must not be served without end.
+    void setPaused(bool paused);
+    bool isPaused() const { return m_paused; }
+    /// Bytes received and not yet handed on: an unfinished line, or lines held while paused.
+    qint64 bufferedBytes() const { return m_lines.size(); }
+
+    static constexpr qint64 maxLineSize() { return JsonLineBuffer::maxLineSize(); }
     /// Lowers the line limit, so that tests need not send 64 MiB.
-    void setMaxLineSize(qint64 bytes) { m_maxLine = bytes; }
+    void setMaxLineSize(qint64 bytes) { m_lines.setMaxLineSize(bytes); }
 
 Q_SIGNALS:
     void messageReceived(const QJsonObject& message);
     void protocolError(const QString& reason);
+    /// Bytes were queued for writing.
+    void wrote();
 
 private:
     void onReadyRead();
     void fail(const QString& reason);
 
     QPointer<QLocalSocket> m_socket; // not owned
-    QByteArray m_buffer;
-    int m_scanned = 0;
-    qint64 m_maxLine = maxLineSize();
+    JsonLineBuffer m_lines;
     bool m_failed = false;
+    bool m_paused = false;
 };
 
 } // namespace TWB::Common::Communication

@@ -128,12 +128,15 @@ bool TwlDebug::installLogFile(const QString& fileName)
     const QString dir = SHARED::defines::Path::logDir();
     if (!QDir().mkpath(dir))
         return false;
+    // Logs tell what is backed up where: for the user's eyes only.
+    QFile::setPermissions(dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     QMutexLocker lock(&s.mutex);
     if (s.file.isOpen())
         s.file.close();
     s.file.setFileName(dir + QLatin1Char('/') + fileName + QStringLiteral(".log"));
     if (!s.file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text))
         return false;
+    s.file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     s.fileDebug = !qEnvironmentVariableIsEmpty("TWB_DEBUG");
     if (!s.installed) {
         s.previous = qInstallMessageHandler(fileHandler);
