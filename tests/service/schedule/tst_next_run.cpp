@@ -5,6 +5,7 @@
 #include "platform/plan/backup_file.h"
 #include "platform/plan/schedule.h"
 #include "service/commands/command_router.h"
+#include "service/commands/notifier.h"
 #include "service/commands/plan_commands.h"
 #include "service/engine/engine.h"
 #include "service/schedule/scheduler.h"
@@ -314,7 +315,8 @@ private Q_SLOTS:
         database.open();
         CommandRouter router;
         ServiceServer server(router);
-        PlanCommands commands(database, server);
+        Notifier notifier;
+        PlanCommands commands(database, notifier);
         Engine engine(database, server, commands, data.path());
         Scheduler scheduler(database, engine, server);
         // The clock stood a month ahead when the service started.
