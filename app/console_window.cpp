@@ -37,6 +37,7 @@
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QToolBar>
+#include <QToolButton>
 #include <QTreeView>
 
 #include <memory>
@@ -282,8 +283,13 @@ void ConsoleWindow::buildActions()
     const QList<QAction*> planActions = toolbar->actions();
     setTabActions(m_backupView, planActions);
     setTabActions(m_restoreView, planActions);
-    if (m_storageView)
-        setTabActions(m_storageView, {});
+    if (m_storageActions) {
+        // The storage tab offers the account actions in the same place as the plan tabs offer theirs.
+        setTabActions(m_storageView, m_storageActions->leaveCorner());
+        auto* add = qobject_cast<QToolButton*>(toolbar->widgetForAction(m_storageActions->addAction()));
+        if (add && m_storageActions->addMenu())
+            add->setPopupMode(QToolButton::InstantPopup);
+    }
 
     connect(m_start, &QAction::triggered, m_control, [this] { m_control->onChangePlanStatus(false); });
     connect(m_stop, &QAction::triggered, m_control, [this] { m_control->onChangePlanStatus(false); });

@@ -96,6 +96,20 @@ StorageActions::StorageActions(QTreeView* view, QTabWidget* tabs, QWidget* windo
 
 StorageActions::~StorageActions() = default;
 
+QList<QAction*> StorageActions::leaveCorner()
+{
+    m_tabs->disconnect(m_bar);
+    if (m_tabs->cornerWidget(Qt::TopRightCorner) == m_bar)
+        m_tabs->setCornerWidget(nullptr, Qt::TopRightCorner);
+    m_bar->hide();
+    QList<QAction*> offered;
+    for (QAction* action : m_bar->actions()) {
+        if (action->isVisible())
+            offered.append(action);
+    }
+    return offered;
+}
+
 QModelIndex StorageActions::current() const
 {
     const QModelIndex index = m_view->currentIndex();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
 #include <QPointer>
 
@@ -31,6 +32,9 @@ public:
     /// The back-ends offered by Add; null where only a local folder can be added.
     QMenu* addMenu() const { return m_menu; }
     QToolBar* toolBar() const { return m_bar; }
+    /// Takes the tool bar away from the tab bar's corner, for a window that shows the actions in a tool
+    /// bar of its own; returns the actions to show there.
+    QList<QAction*> leaveCorner();
 
     void add(int type);
     void edit();
