@@ -245,8 +245,29 @@ void mapAzure(const Document& doc, const StorageOptions& options, BackendTarget&
     target.rcloneEnvironment.insert(rcloneKey("ACCOUNT"), name);
     target.rcloneEnvironment.insert(rcloneKey("KEY"), key);
     const bool defaultEndpoint = isDefaultAzureEndpoint(endpoint.host, name);
-    if (!defaultEndpoint)
-        target.rcloneEnvironment.insert(rcloneKey("ENDPOINT"), endpoint.url());
+    if (!defaultEndpoint) {
+        // rclone reaches an account at https://<account>.<endpoint>: its endpoint is the domain that follows
+        // the account's name. Only the storage emulator has the account in its URL's path, and rclone then
+        // needs its emulator mode.
+        const QString path = endpoint.host.section(QLatin1Char('/'), 1, 1);
+        if (!path.isEmpty()) {
+            if (path != QLatin1String("devstoreaccount1") || name != path) {
+                target.error = QStringLiteral("The Azure endpoint \"%1\" holds a path, which only the storage "
+                                              "emulator's account devstoreaccount1 may have")
+                                   .arg(endpoint.host);
+                return;
+            }
+            target.rcloneEnvironment.insert(rcloneKey("USE_EMULATOR"), QStringLiteral("true"));
+            target.rcloneEnvironment.insert(rcloneKey("ENDPOINT"), endpoint.url());
+        } else {
+            QString domain = endpoint.host.toLower();
+            if (domain.startsWith(name.toLower() + QLatin1Char('.')))
+                domain = domain.mid(name.size() + 1);
+            if (domain.startsWith(QLatin1String("core.")))
+                domain.prepend(QLatin1String("blob."));
+            target.rcloneEnvironment.insert(rcloneKey("ENDPOINT"), domain);
+        }
+    }
     if (options.azureAccessTier == 1)
         target.rcloneEnvironment.insert(rcloneKey("ACCESS_TIER"), QStringLiteral("Cool"));
     else if (options.azureAccessTier == 2)

@@ -136,7 +136,21 @@ private Q_SLOTS:
         stack.insert(QStringLiteral("Endpoint"), QStringLiteral("blob.local.azurestack.external"));
         QTest::newRow("Azure on its own endpoint through rclone")
             << 3 << stack << plain << "rclone:twbstorage:box/pc/p1" << QStringList()
-            << Variables {{rclone("ENDPOINT"), QStringLiteral("https://blob.local.azurestack.external")}}
+            << Variables {{rclone("ENDPOINT"), QStringLiteral("blob.local.azurestack.external")}}
+            << QStringList({QStringLiteral("azure-key")});
+        stack.insert(QStringLiteral("Endpoint"), QStringLiteral("https://myaccount.blob.core.chinacloudapi.cn/"));
+        QTest::newRow("Azure, the account's own address given")
+            << 3 << stack << plain << "rclone:twbstorage:box/pc/p1" << QStringList()
+            << Variables {{rclone("ENDPOINT"), QStringLiteral("blob.core.chinacloudapi.cn")}}
+            << QStringList({QStringLiteral("azure-key")});
+        QJsonObject emulator = azure;
+        emulator.insert(QStringLiteral("UserName"), QStringLiteral("devstoreaccount1"));
+        emulator.insert(QStringLiteral("UseSsl"), false);
+        emulator.insert(QStringLiteral("Endpoint"), QStringLiteral("http://127.0.0.1:10000/devstoreaccount1"));
+        QTest::newRow("Azure's storage emulator")
+            << 3 << emulator << plain << "rclone:twbstorage:box/pc/p1" << QStringList()
+            << Variables {{rclone("USE_EMULATOR"), QStringLiteral("true")},
+                   {rclone("ENDPOINT"), QStringLiteral("http://127.0.0.1:10000/devstoreaccount1")}}
             << QStringList({QStringLiteral("azure-key")});
 
         QTest::newRow("Google, access key through the S3 endpoint")
@@ -302,6 +316,13 @@ private Q_SLOTS:
             << 1 << QJsonObject {{QStringLiteral("Path"), QStringLiteral("relative")}}
             << "The file-system account has no absolute folder (\"Path\")";
         QTest::newRow("SFTP without server") << 33 << QJsonObject() << "The account has no SFTP server (\"Address\")";
+        QTest::newRow("Azure endpoint with a path")
+            << 3
+            << QJsonObject {{QStringLiteral("UserName"), QStringLiteral("myaccount")},
+                   {QStringLiteral("ContainerName"), QStringLiteral("box")},
+                   {QStringLiteral("Endpoint"), QStringLiteral("https://azure.local/myaccount")}}
+            << "The Azure endpoint \"azure.local/myaccount\" holds a path, which only the storage emulator's "
+               "account devstoreaccount1 may have";
     }
 
     void accountsThatCannotBeReachedSayWhy()
