@@ -36,6 +36,7 @@
 #include <QWizard>
 #include <QtTest>
 
+#include <functional>
 #include <memory>
 
 using namespace TWB::GUI;
@@ -75,6 +76,37 @@ private:
     {
         auto form = dynamic_cast<S3Form*>(Account::AccountFactory::add(TWL::Cloud::S3Compatible, nullptr));
         return std::unique_ptr<S3Form>(form);
+    }
+
+    // A plan on the account backs up through twbd, and a restore plan brings its files back whole.
+    void backsUpAndRestores(
+        TWB::Test::RawClient& client, const QString& name, const std::function<bool(TWB::Info::Plan::Base*)>& onAccount)
+    {
+        const QString source = m_env->root() + QLatin1Char('/') + name;
+        TWB::Test::EngineTestSupport::writeFile(
+            source + QStringLiteral("/scan.raw"), TWB::Test::EngineTestSupport::noise(256 * 1024, 7));
+        TWB::Test::EngineTestSupport::writeFile(source + QStringLiteral("/index.txt"), "index\n");
+        TWB::Info::Plan::BackupFile plan;
+        plan.setId(QUuid::createUuid());
+        plan.setName(name);
+        plan.setItems({source});
+        QVERIFY(onAccount(&plan));
+        QVERIFY(TWB::Test::EngineTestSupport::save(client, plan));
+        const TWB::Test::RunOutcome backup = TWB::Test::EngineTestSupport::run(client, plan.id());
+        QVERIFY2(backup.status == 6, qPrintable(backup.message));
+
+        TWB::Info::Plan::RestoreFile back;
+        back.setId(QUuid::createUuid());
+        back.setName(name + QStringLiteral(" back"));
+        QVERIFY(onAccount(&back));
+        const QString target = source + QStringLiteral("-out");
+        back.setRestoreItems({QStringLiteral("/TWB_VOLUMES/root") + source});
+        back.setRestoreToOriginalLocation(false);
+        back.setDestination(target);
+        QVERIFY(TWB::Test::EngineTestSupport::save(client, back));
+        const TWB::Test::RunOutcome restore = TWB::Test::EngineTestSupport::run(client, back.id());
+        QVERIFY2(restore.status == 6, qPrintable(restore.message));
+        QCOMPARE(TWB::Test::EngineTestSupport::tree(target + source), TWB::Test::EngineTestSupport::tree(source));
     }
 
     void fill(S3Form* form, const QString& name, const QString& secret)
@@ -411,31 +443,8 @@ private Q_SLOTS:
         QCOMPARE(wizard.field(QStringLiteral("Field_CloudType")).toString(), QString::number(TWL::Cloud::S3Compatible));
         QVERIFY(page->isComplete());
 
-        const QString source = m_env->root() + QStringLiteral("/papers");
-        TWB::Test::EngineTestSupport::writeFile(
-            source + QStringLiteral("/scan.raw"), TWB::Test::EngineTestSupport::noise(256 * 1024, 7));
-        TWB::Test::EngineTestSupport::writeFile(source + QStringLiteral("/index.txt"), "index\n");
-        TWB::Info::Plan::BackupFile plan;
-        plan.setId(QUuid::createUuid());
-        plan.setName(QStringLiteral("Papers"));
-        plan.setItems({source});
-        QVERIFY(page->initPlan(&plan));
-        QVERIFY(TWB::Test::EngineTestSupport::save(client, plan));
-        const TWB::Test::RunOutcome backup = TWB::Test::EngineTestSupport::run(client, plan.id());
-        QVERIFY2(backup.status == 6, qPrintable(backup.message));
-
-        TWB::Info::Plan::RestoreFile back;
-        back.setId(QUuid::createUuid());
-        back.setName(QStringLiteral("Papers back"));
-        QVERIFY(page->initPlan(&back));
-        const QString target = m_env->root() + QStringLiteral("/papers-out");
-        back.setRestoreItems({QStringLiteral("/TWB_VOLUMES/root") + source});
-        back.setRestoreToOriginalLocation(false);
-        back.setDestination(target);
-        QVERIFY(TWB::Test::EngineTestSupport::save(client, back));
-        const TWB::Test::RunOutcome restore = TWB::Test::EngineTestSupport::run(client, back.id());
-        QVERIFY2(restore.status == 6, qPrintable(restore.message));
-        QCOMPARE(TWB::Test::EngineTestSupport::tree(target + source), TWB::Test::EngineTestSupport::tree(source));
+        backsUpAndRestores(
+            client, QStringLiteral("papers"), [page](TWB::Info::Plan::Base* plan) { return page->initPlan(plan); });
     }
 
     void azureAccountIsCheckedAndGetsANewContainer()
@@ -484,6 +493,15 @@ private Q_SLOTS:
             QStringLiteral("127.0.0.1:%1/%2").arg(azurite.port()).arg(AzuritePeer::account()));
         QCOMPARE(SHARED::cryptNS::decrypt_local_password(document.value(QStringLiteral("Password")).toString()),
             AzuritePeer::key());
+
+        // Backups reach the emulator through rclone's emulator mode.
+        TWB::Test::RawClient client;
+        QVERIFY(client.connectTo(m_env->socketPath()));
+        const QUuid account(model()->index(row, 1).data().toString());
+        backsUpAndRestores(client, QStringLiteral("ledger"), [account](TWB::Info::Plan::Base* plan) {
+            plan->setStorage(account);
+            return true;
+        });
     }
 
     void untrustedCertificateIsRefusedThenTrusted()
