@@ -134,13 +134,9 @@ ListContainers::ListContainers(const QVariantMap& config, QObject* parent)
 
 void ListContainers::exec()
 {
-    if (!startOnce())
-        return;
     const RcloneRemote remote = RcloneRemote::fromConfig(cloudConfig());
-    if (!remote.error.isEmpty()) {
-        fail(BadConfiguration, remote.error);
+    if (!startWith(remote.error))
         return;
-    }
     setState(Running);
     if (remote.type == FileSystem) {
         Detail::runInPool<LocalResult>(
@@ -239,13 +235,9 @@ void Listing::take(const QJsonArray& entries)
 
 void Listing::exec()
 {
-    if (!startOnce())
-        return;
     const RcloneRemote remote = RcloneRemote::fromConfig(cloudConfig());
-    if (!remote.error.isEmpty()) {
-        fail(BadConfiguration, remote.error);
+    if (!startWith(remote.error))
         return;
-    }
     if (remote.hasBuckets() && remote.container.isEmpty()) {
         fail(BadConfiguration, tr("The account has no bucket."));
         return;
@@ -348,13 +340,9 @@ About::About(const QVariantMap& config, QObject* parent)
 
 void About::exec()
 {
-    if (!startOnce())
-        return;
     const RcloneRemote remote = RcloneRemote::fromConfig(cloudConfig());
-    if (!remote.error.isEmpty()) {
-        fail(BadConfiguration, remote.error);
+    if (!startWith(remote.error))
         return;
-    }
     setState(Running);
     if (remote.type == FileSystem) {
         Detail::runInPool<LocalResult>(
@@ -412,13 +400,9 @@ CheckConfig::CheckConfig(const QVariantMap& config, QObject* parent)
 
 void CheckConfig::exec()
 {
-    if (!startOnce())
-        return;
     const RcloneRemote remote = RcloneRemote::fromConfig(cloudConfig());
-    if (!remote.error.isEmpty()) {
-        fail(BadConfiguration, remote.error);
+    if (!startWith(remote.error))
         return;
-    }
     setState(Running);
     if (remote.type == FileSystem) {
         Detail::runInPool<LocalResult>(
@@ -466,13 +450,9 @@ CreateContainer::CreateContainer(const QVariantMap& config, const QJsonObject& p
 
 void CreateContainer::exec()
 {
-    if (!startOnce())
-        return;
     RcloneRemote remote = RcloneRemote::fromConfig(cloudConfig());
-    if (!remote.error.isEmpty()) {
-        fail(BadConfiguration, remote.error);
+    if (!startWith(remote.error))
         return;
-    }
     const QString name = withoutSlashes(m_params.value(QStringLiteral("Name")).toString().trimmed());
     if (name.isEmpty() || name.contains(QLatin1Char('/')) || name == QLatin1String("..")) {
         fail(BadConfiguration, tr("A container needs a name without \"/\"."));

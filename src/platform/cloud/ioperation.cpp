@@ -27,6 +27,17 @@ void IOperation::remove()
         manager->remove(m_id);
 }
 
+bool IOperation::startWith(const QString& configurationError)
+{
+    if (!startOnce())
+        return false;
+    if (!configurationError.isEmpty()) {
+        fail(BadConfiguration, configurationError);
+        return false;
+    }
+    return true;
+}
+
 bool IOperation::startOnce()
 {
     if (m_started)

@@ -90,6 +90,9 @@ protected:
     void fail(int code, const QString& message, const QString& details = QString());
     /// Whether exec() may start the work: true once, on the first call.
     bool startOnce();
+    /// startOnce(), then a failure with BadConfiguration when `configurationError` says why the account's
+    /// configuration cannot be used; true when the work may start.
+    bool startWith(const QString& configurationError);
     /// The object doing the work (an rclone run, a file-system job); cancel() deletes it. The operation
     /// becomes its parent.
     void attach(QObject* work);
