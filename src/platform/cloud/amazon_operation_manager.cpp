@@ -3,8 +3,7 @@
 #include "platform/cloud/account_keys.h"
 #include "platform/cloud/lifecycle_policy.h"
 #include "platform/cloud/operation_manager.h"
-
-#include <QCoreApplication>
+#include "platform/cloud/application_instance_p.h"
 
 namespace TWL::Cloud {
 
@@ -20,19 +19,7 @@ bool usable(const QVariantMap& config)
 
 QPointer<AmazonOperationManager> AmazonOperationManager::instance()
 {
-    static QPointer<AmazonOperationManager> manager;
-    static bool quit = false;
-    if (!manager && !quit) {
-        manager = new AmazonOperationManager;
-        if (QCoreApplication::instance()) {
-            QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, manager.data(), [] {
-                quit = true;
-                if (manager)
-                    manager->deleteLater();
-            });
-        }
-    }
-    return manager;
+    return Detail::applicationInstance<AmazonOperationManager>([] { return new AmazonOperationManager; });
 }
 
 AmazonOperationManager::AmazonOperationManager() = default;

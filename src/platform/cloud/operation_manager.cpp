@@ -5,8 +5,8 @@
 #include "platform/cloud/check_config.h"
 #include "platform/cloud/list_containers.h"
 #include "platform/cloud/listing.h"
+#include "platform/cloud/application_instance_p.h"
 
-#include <QCoreApplication>
 #include <QProcessEnvironment>
 #include <QStandardPaths>
 
@@ -24,19 +24,7 @@ bool usable(const QVariantMap& config)
 
 QPointer<OperationManager> OperationManager::instance()
 {
-    static QPointer<OperationManager> manager;
-    static bool quit = false;
-    if (!manager && !quit) {
-        manager = new OperationManager;
-        if (QCoreApplication::instance()) {
-            QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, manager.data(), [] {
-                quit = true;
-                if (manager)
-                    manager->deleteLater();
-            });
-        }
-    }
-    return manager;
+    return Detail::applicationInstance<OperationManager>([] { return new OperationManager; });
 }
 
 OperationManager::OperationManager() = default;
