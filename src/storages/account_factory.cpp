@@ -5,6 +5,7 @@
 #include "storages/accounts/amazon_s3_compatible.h"
 #include "storages/accounts/azure.h"
 #include "storages/accounts/backblaze_b2.h"
+#include "storages/accounts/google.h"
 #include "storages/accounts/local.h"
 #include "storages/accounts/sftp.h"
 #include "storages/storages_update_watcher.h"
@@ -23,7 +24,7 @@ bool AccountFactory::canAdd(TWL::Cloud::Type type)
     if (type == TWL::Cloud::FileSystem || type == TWL::Cloud::Sftp)
         return true;
     return Application::isStandalon()
-        && (type == TWL::Cloud::AzureBlob || type == TWL::Cloud::BackBlaze
+        && (type == TWL::Cloud::AzureBlob || type == TWL::Cloud::BackBlaze || type == TWL::Cloud::GoogleStorage
             || AmazonS3Compatible::traits(type, nullptr));
 }
 
@@ -42,6 +43,8 @@ Storages::Info* AccountFactory::view(const QModelIndex& index)
         info = new Azure;
     else if (type == TWL::Cloud::BackBlaze)
         info = new BackblazeB2;
+    else if (type == TWL::Cloud::GoogleStorage)
+        info = new Google;
     else if (AmazonS3Compatible::traits(type, &traits))
         info = new AmazonS3Compatible(type, traits.showEndpoint);
     if (!info) {
@@ -62,6 +65,8 @@ Storages::Add* AccountFactory::add(TWL::Cloud::Type type, QWidget* parent)
         return new Azure::Add(parent);
     if (Application::isStandalon() && type == TWL::Cloud::BackBlaze)
         return new BackblazeB2::Add(parent);
+    if (Application::isStandalon() && type == TWL::Cloud::GoogleStorage)
+        return new Google::Add(parent);
     AmazonS3Compatible::Traits traits {};
     if (Application::isStandalon() && AmazonS3Compatible::traits(type, &traits)) {
         if (type == TWL::Cloud::AmazonS3)

@@ -489,8 +489,11 @@ void CreateContainer::exec()
         if (!remote.environment.contains(RcloneRemote::variable("REGION")))
             remote.environment.insert(RcloneRemote::variable("REGION"), location);
     } else if (remote.type == GoogleStorage) {
+        // Keys reach Google through its S3 interface, which takes the location as S3 names it.
+        const bool interoperable = remote.environment.value(RcloneRemote::variable("TYPE")) == QLatin1String("s3");
         if (!location.isEmpty())
-            remote.environment.insert(RcloneRemote::variable("LOCATION"), location);
+            remote.environment.insert(
+                RcloneRemote::variable(interoperable ? "LOCATION_CONSTRAINT" : "LOCATION"), location);
         if (!storageClass.isEmpty())
             remote.environment.insert(RcloneRemote::variable("STORAGE_CLASS"), storageClass);
     } else if (remote.type == AzureBlob && (access == QLatin1String("blob") || access == QLatin1String("container"))) {

@@ -172,7 +172,53 @@ GoogleStorage::GoogleStorage()
 
 QUrl GoogleStorage::defaultEndpoint() const
 {
+    if (endpointOverridden())
+        return QUrl(qEnvironmentVariable("TWB_GOOGLE_STORAGE_ENDPOINT").trimmed());
     return https("storage.googleapis.com");
+}
+
+bool GoogleStorage::endpointOverridden()
+{
+    return !qEnvironmentVariable("TWB_GOOGLE_STORAGE_ENDPOINT").trimmed().isEmpty();
+}
+
+namespace {
+
+QUrl oauthProvider(const QString& path, const char* host)
+{
+    const QString base = qEnvironmentVariable("TWB_GOOGLE_OAUTH_PROVIDER").trimmed();
+    if (base.isEmpty())
+        return QUrl(QStringLiteral("https://%1%2").arg(QLatin1String(host), path));
+    QUrl url(base);
+    url.setPath(path);
+    return url;
+}
+
+} // namespace
+
+QUrl GoogleStorage::oauthAuthorizationUrl()
+{
+    return oauthProvider(QStringLiteral("/o/oauth2/auth"), "accounts.google.com");
+}
+
+QUrl GoogleStorage::oauthTokenUrl()
+{
+    return oauthProvider(QStringLiteral("/oauth2/v4/token"), "www.googleapis.com");
+}
+
+QString GoogleStorage::oauthClientId()
+{
+    return qEnvironmentVariable("TWB_GOOGLE_OAUTH_CLIENT_ID").trimmed();
+}
+
+QString GoogleStorage::oauthClientSecret()
+{
+    return qEnvironmentVariable("TWB_GOOGLE_OAUTH_CLIENT_SECRET").trimmed();
+}
+
+QString GoogleStorage::oauthScope()
+{
+    return QStringLiteral("https://www.googleapis.com/auth/devstorage.full_control email");
 }
 
 QList<Choice> GoogleStorage::regions() const

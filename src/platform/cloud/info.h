@@ -77,11 +77,25 @@ public:
     QList<Choice> containerAccessType() const;
 };
 
+/// Google Cloud Storage. Its addresses and the console's OAuth client may be replaced through the
+/// environment, for a private deployment or a test provider on loopback:
+/// TWB_GOOGLE_STORAGE_ENDPOINT (the storage's URL, scheme included), TWB_GOOGLE_OAUTH_PROVIDER (the base URL
+/// under which the authorisation and token endpoints live), TWB_GOOGLE_OAUTH_CLIENT_ID and
+/// TWB_GOOGLE_OAUTH_CLIENT_SECRET.
 class TWBPLATFORM_EXPORT GoogleStorage final : public Base
 {
 public:
     GoogleStorage();
     QUrl defaultEndpoint() const;
+    /// Whether defaultEndpoint() was replaced through the environment.
+    static bool endpointOverridden();
+    static QUrl oauthAuthorizationUrl();
+    static QUrl oauthTokenUrl();
+    /// The OAuth client of the installed application; empty when none is set up.
+    static QString oauthClientId();
+    static QString oauthClientSecret();
+    /// What the installed application asks the user to allow.
+    static QString oauthScope();
     QList<Choice> regions() const;
     /// Storage classes of a new bucket.
     QList<Choice> storageType() const;

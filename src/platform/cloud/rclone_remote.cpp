@@ -2,6 +2,7 @@
 
 #include "platform/cloud/account_keys.h"
 #include "platform/cloud/endpoint_helper.h"
+#include "platform/cloud/info.h"
 #include "platform/cloud/info_factory.h"
 
 #include <QCoreApplication>
@@ -173,15 +174,25 @@ QString serviceAccountKey(const QVariantMap& config)
 void mapGoogle(const QVariantMap& config, RcloneRemote& remote)
 {
     const int auth = config.value(Key::AuthType).toInt();
+    const QUrl storage = Info::GoogleStorage().defaultEndpoint();
     if (auth != GoogleServiceAccount && auth != GoogleInstalledApplication) {
-        // HMAC keys work through Google's S3-compatible endpoint.
-        mapS3(config, remote);
+        // HMAC keys work through Google's S3-compatible endpoint, which the form does not show.
+        QVariantMap interoperable = config;
+        if (text(config, Key::Endpoint).isEmpty())
+            interoperable.insert(Key::Endpoint,
+                storage.host() + (storage.port() > 0 ? QStringLiteral(":%1").arg(storage.port()) : QString()));
+        mapS3(interoperable, remote);
         return;
     }
     auto& env = remote.environment;
     env.insert(RcloneRemote::variable("TYPE"), QStringLiteral("google cloud storage"));
     env.insert(RcloneRemote::variable("PROJECT_NUMBER"), text(config, Key::ProjectId));
-    remote.host = QStringLiteral("storage.googleapis.com");
+    remote.host = hostOf(storage.toString());
+    if (Info::GoogleStorage::endpointOverridden()) {
+        // The JSON API lives under this path of the storage's address.
+        env.insert(RcloneRemote::variable("ENDPOINT"),
+            storage.toString(QUrl::StripTrailingSlash) + QStringLiteral("/storage/v1/"));
+    }
     if (auth == GoogleServiceAccount) {
         env.insert(RcloneRemote::variable("SERVICE_ACCOUNT_CREDENTIALS"), serviceAccountKey(config));
         return;
@@ -191,6 +202,10 @@ void mapGoogle(const QVariantMap& config, RcloneRemote& remote)
         remote.error = tr("The account has not been authorised yet.");
         return;
     }
+    // The refresh token belongs to the console's OAuth client: rclone must refresh it as that client.
+    env.insert(RcloneRemote::variable("CLIENT_ID"), Info::GoogleStorage::oauthClientId());
+    env.insert(RcloneRemote::variable("CLIENT_SECRET"), Info::GoogleStorage::oauthClientSecret());
+    env.insert(RcloneRemote::variable("TOKEN_URL"), Info::GoogleStorage::oauthTokenUrl().toString());
     QJsonObject token;
     token.insert(QStringLiteral("refresh_token"), refresh);
     token.insert(QStringLiteral("token_type"), QStringLiteral("Bearer"));
