@@ -237,4 +237,37 @@ QVariantMap AzuritePeer::config(const QString& container) const
     return config;
 }
 
+// OAuth provider
+
+bool OAuthPeer::start(const QStringList& buckets)
+{
+    const QString ready = m_dir.path() + QStringLiteral("/ready.json");
+    QStringList arguments {QStringLiteral(TWB_SOURCE_DIR "/tests/support/oauth_peer.py"), QStringLiteral("--ready"),
+        ready, QStringLiteral("--client-id"), clientId(), QStringLiteral("--client-secret"), clientSecret(),
+        QStringLiteral("--project"), project()};
+    for (const QString& bucket : buckets)
+        arguments << QStringLiteral("--bucket") << bucket;
+    m_process.start(QStringLiteral("python3"), arguments);
+    if (!m_process.waitForStarted() || !QTest::qWaitFor([&] { return QFile::exists(ready) || !isRunning(); }, 20000))
+        return false;
+    QFile file(ready);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    m_port = quint16(QJsonDocument::fromJson(file.readAll()).object().value(QStringLiteral("port")).toInt());
+    return m_port != 0;
+}
+
+QString OAuthPeer::url() const
+{
+    return QStringLiteral("http://127.0.0.1:%1").arg(m_port);
+}
+
+void OAuthPeer::exportEnvironment() const
+{
+    qputenv("TWB_GOOGLE_OAUTH_PROVIDER", url().toUtf8());
+    qputenv("TWB_GOOGLE_STORAGE_ENDPOINT", url().toUtf8());
+    qputenv("TWB_GOOGLE_OAUTH_CLIENT_ID", clientId().toUtf8());
+    qputenv("TWB_GOOGLE_OAUTH_CLIENT_SECRET", clientSecret().toUtf8());
+}
+
 } // namespace TWB::Test

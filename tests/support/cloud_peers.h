@@ -88,4 +88,18 @@ public:
     QVariantMap config(const QString& container = QString()) const;
 };
 
+/// An OAuth provider with Google Cloud Storage's bucket list (tests/support/oauth_peer.py). Codes are traded
+/// once; the JSON API takes the access tokens it gives.
+class OAuthPeer final : public CloudPeer
+{
+public:
+    bool start(const QStringList& buckets);
+    QString url() const;
+    static QString clientId() { return QStringLiteral("tidewrack-test.apps.example"); }
+    static QString clientSecret() { return QStringLiteral("oauth Secret 7"); }
+    static QString project() { return QStringLiteral("tidewrack-tests"); }
+    /// Points the console's Google addresses and OAuth client at this peer.
+    void exportEnvironment() const;
+};
+
 } // namespace TWB::Test
