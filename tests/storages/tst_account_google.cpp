@@ -216,6 +216,7 @@ private Q_SLOTS:
         QCOMPARE(view->fieldText(QStringLiteral("AuthType")), QStringLiteral("OAuth 2.0 (Installed Application)"));
         QCOMPARE(view->fieldText(QStringLiteral("ProjectId")), OAuthPeer::project());
         QVERIFY(view->fieldText(QStringLiteral("AccessKey")).isEmpty());
+        save(view.get(), QStringLiteral("view"));
     }
 
     void spentCodeIsRefusedAtTheTokenStepOnly()
@@ -230,9 +231,24 @@ private Q_SLOTS:
         QVERIFY(form->heldRefreshToken().isEmpty());
         QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), QStringLiteral("invalid_grant")));
         QVERIFY(!form->isListLoaded());
-        QVERIFY(!form->messageText().isEmpty());
+        QCOMPARE(form->messageText(),
+            QStringLiteral("Google did not accept the code. Get a new code in the authentication settings."));
         QVERIFY(!form->okButton()->isEnabled());
-        QVERIFY(form->authenticationBox()->isEnabled());
+        QVERIFY(form->settingsButton()->isEnabled());
+
+        // A new code from the settings button gets the list going again.
+        ModalDriver<InstallApp> again([](InstallApp* dialog) {
+            QTest::mouseClick(dialog->getTokenButton(), Qt::LeftButton);
+            const QString spent = dialog->codeEdit()->text();
+            if (QTest::qWaitFor([&] { return dialog->codeEdit()->text() != spent; }, 20000))
+                QTest::mouseClick(dialog->okButton(), Qt::LeftButton);
+            else
+                dialog->reject();
+        });
+        QTest::mouseClick(form->settingsButton(), Qt::LeftButton);
+        QVERIFY(again.ran());
+        QVERIFY(pressBuckets(form.get()));
+        QVERIFY2(form->isListLoaded(), qPrintable(form->messageText()));
         for (const auto& entry : log.entries())
             QVERIFY2(entry.type == QtDebugMsg || !entry.message.contains(code), qPrintable(entry.message));
     }

@@ -270,21 +270,27 @@ void Google::Add::onCredsReset()
 bool Google::Add::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == bucket && event->type() == QEvent::MouseButtonPress && bucket->isEnabled() && !listLoaded) {
-        spendCode();
-        loadContainers();
+        if (spendCode())
+            loadContainers();
     }
     return Storages::Add::eventFilter(watched, event);
 }
 
-void Google::Add::spendCode()
+bool Google::Add::spendCode()
 {
     // The cloud layer lists with the refresh token, so a fresh code is traded before the first list rather
     // than after it; it is spent once either way.
     if (authentication->currentIndex() != InstalledApplicationMode || code.isEmpty())
-        return;
+        return true;
     refreshToken = refreshTokenInstalledApp(code.toLatin1());
     TWL::TwlDebug("TWB").debug() << "Refresh token:" << refreshToken;
     code.clear();
+    if (refreshToken.isEmpty()) {
+        // Without the token nothing can be listed: a new code is the only way on.
+        setErrorMessage(tr("Google did not accept the code. Get a new code in the authentication settings."), true);
+        return false;
+    }
+    return true;
 }
 
 QByteArray Google::Add::refreshTokenInstalledApp(const QByteArray& authorizationCode)

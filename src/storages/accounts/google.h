@@ -116,8 +116,9 @@ protected:
 private:
     /// The dialog of a mode, bound to this form's fields.
     Authentication* authenticationDialog(int mode);
-    /// Spends a fresh code of the installed application once, before the list needs its refresh token.
-    void spendCode();
+    /// Spends a fresh code of the installed application once, before the list needs its refresh token; false,
+    /// with the reason shown, when the provider refused it.
+    bool spendCode();
     QString decrypted(const QJsonObject& details, const QString& key);
 
     QLineEdit* displayName; // owned as a child
