@@ -10,7 +10,6 @@
 
 #include <QAbstractButton>
 #include <QCheckBox>
-#include <QComboBox>
 #include <QFile>
 #include <QLocale>
 #include <QtTest>
@@ -119,30 +118,6 @@ private Q_SLOTS:
     {
         QFile::remove(m_env->configFile());
         QFile::remove(m_env->rebrandingFile());
-    }
-
-    void everyFieldIsRegisteredUnderItsName()
-    {
-        ScheduleWizard wizard(1);
-        const QStringList names = {QStringLiteral("Field_ScheduleDisabled"),
-            QStringLiteral("Field_ScheduleUseSpecificDate"), QStringLiteral("Field_ScheduleSpecificDateValue"),
-            QStringLiteral("Field_ScheduleUseRecurring"), QStringLiteral("Field_ScheduleFrequencyType"),
-            QStringLiteral("Field_RunMissedPlan"), QStringLiteral("Field_StopAutoEnable"),
-            QStringLiteral("Field_StopAutoHoursValue"), QStringLiteral("Field_StopAutoMinutesValue"),
-            QStringLiteral("Field_UsedOccursAt"), QStringLiteral("Field_UsedOccursEveryTo"),
-            QStringLiteral("Weekly_Field_UsedOccursAt"), QStringLiteral("Weekly_Field_UsedOccursEveryForm"),
-            QStringLiteral("Monthly_Field_UsedOccursEveryValue"), QStringLiteral("Field_WeeklyDay_1"),
-            QStringLiteral("Field_WeeklyDay_7"), QStringLiteral("Field_MonthlyOccurrenceType"),
-            QStringLiteral("Field_MonthlyDay"), QStringLiteral("Field_MonthlyRepeatEvery"),
-            QStringLiteral("Field_MonthlyFrom"), QStringLiteral("Full_Field_UsedOccursAt"),
-            QStringLiteral("Full_Weekly_Field_UsedOccursAtValue"), QStringLiteral("Full_Monthly_Field_UsedOccursEvery"),
-            QStringLiteral("Full_Field_WeeklyDay_3"), QStringLiteral("Full_Field_MonthlyFrom")};
-        for (const QString& name : names)
-            QVERIFY2(wizard.field(name).isValid(), qPrintable(name));
-        QCOMPARE(wizard.field(QStringLiteral("Field_UsedOccursEveryTo")).toDateTime().time(), QTime(23, 59));
-        QCOMPARE(wizard.full->weekly->fieldName("Field_WeeklyDay_2"), QStringLiteral("Full_Field_WeeklyDay_2"));
-        QCOMPARE(wizard.full->weekly->FrequencyDaily::fieldName("Field_UsedOccursAt"),
-            QStringLiteral("Full_Weekly_Field_UsedOccursAt"));
     }
 
     void scheduleSurvivesFromPlanAndInitPlan_data()
@@ -423,21 +398,6 @@ private Q_SLOTS:
             QStringLiteral("<tr><td>Schedule:</td><td></td></tr><tr><td></td><td>Run missed plan</td></tr>"
                            "<tr><td></td><td>Occurs on %1</td></tr>")
                 .arg(QLocale::system().toString(when, QLocale::LongFormat)));
-    }
-
-    void monthlyDayListFollowsTheOccurrence()
-    {
-        ScheduleWizard wizard(1);
-        auto* monthly = wizard.schedule->frequency(2);
-        auto combos = monthly->findChildren<QComboBox*>();
-        QComboBox* occurrence = combos.at(0);
-        QComboBox* day = combos.at(1);
-        QCOMPARE(occurrence->count(), 7);
-        QCOMPARE(day->count(), 31);
-        QCOMPARE(day->itemText(30), QStringLiteral("31"));
-        occurrence->setCurrentIndex(6);
-        QCOMPARE(day->count(), 7);
-        QCOMPARE(day->itemText(0), longDay(1));
     }
 
     void nextPageFollowsKindFieldsAndLicence_data()
