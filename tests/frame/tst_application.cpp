@@ -54,11 +54,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_env = std::make_unique<TestEnvironment>();
-        QVERIFY(m_service.listen(m_env->socketPath()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        QVERIFY(m_service.waitForClient());
+        QVERIFY(m_service.serveConsole(m_env->socketPath()));
     }
 
     void programPathIsTheFirstWordOfACommandLine_data()
@@ -73,14 +69,6 @@ private Q_SLOTS:
                                     << "";
         QTest::newRow("plain program and arguments") << "/usr/bin/rsync -a /a /b"
                                                      << "/usr/bin/rsync";
-        QTest::newRow("program alone") << "/usr/bin/true"
-                                       << "/usr/bin/true";
-        QTest::newRow("quoted program alone") << "\"/opt/a b/c\""
-                                              << "/opt/a b/c";
-        QTest::newRow("quoted argument after a plain program") << "/bin/sh \"-c\" \"echo a b\""
-                                                               << "/bin/sh";
-        QTest::newRow("several quoted stretches") << "\"/opt/x y/run\" \"/data/some dir\" -v"
-                                                  << "/opt/x y/run";
         QTest::newRow("blanks only") << "   "
                                      << "   ";
         QTest::newRow("leading blanks") << "  \"/opt/a b/c\" -q"
@@ -147,21 +135,6 @@ private Q_SLOTS:
         QVERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
     }
 
-    void declaredNotificationOfAnotherKindIsIgnored()
-    {
-        ApplicationEventController controller;
-        controller.init();
-        QSignalSpy updates(&controller, &ApplicationEventController::updateStarted);
-        LogCapture log;
-        QSignalSpy notifications(TWB::Common::Communication::NotificationCenter::instance().data(),
-            &TWB::Common::Communication::NotificationCenter::notification);
-        m_service.notify(QLatin1String(NotificationType::PlanCreated), {{QStringLiteral("id"), QStringLiteral("{1}")}});
-        QVERIFY(notifications.wait());
-        QCoreApplication::processEvents(); // the controller's connection is queued
-        QCOMPARE(updates.count(), 0);
-        QCOMPARE(log.count(QtDebugMsg, QStringLiteral("TWB"), QStringLiteral("Notiifcation is 0x00")), 0);
-    }
-
     void applicationQuitNotificationQuitsTheEventLoop()
     {
         ApplicationEventController controller;
@@ -222,9 +195,6 @@ private Q_SLOTS:
         QCOMPARE(Application::supportEmail(), QStringLiteral("help@harbour.example"));
         QVERIFY(Application::isFbs());
         QVERIFY(!Application::isStandalon());
-        qputenv("TWB_SHARE_DIR", "/opt/twb/share");
-        QCOMPARE(Application::getSharePath(), QStringLiteral("/opt/twb/share"));
-        QCOMPARE(Application::getImagesPath(), QStringLiteral("/opt/twb/share/images"));
         // Read once: widgets ask while they paint, and the file does not change under a running console.
         QVERIFY(config.open(QIODevice::WriteOnly | QIODevice::Truncate));
         config.write("supportEmail = other@harbour.example\n");
@@ -235,7 +205,6 @@ private Q_SLOTS:
         QCOMPARE(Application::supportEmail(), QStringLiteral("other@harbour.example"));
         QVERIFY(Application::isStandalon());
         QVERIFY(!Application::buildVersion().isEmpty());
-        qunsetenv("TWB_SHARE_DIR");
     }
 };
 

@@ -108,11 +108,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_env = std::make_unique<TestEnvironment>();
-        QVERIFY(m_service.listen(m_env->socketPath()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        QVERIFY(m_service.waitForClient());
+        QVERIFY(m_service.serveConsole(m_env->socketPath()));
     }
 
     void init()
@@ -281,37 +277,6 @@ private Q_SLOTS:
         QVERIFY(removed.wait());
         QCOMPARE(removed.at(0).at(1).toInt(), 1);
         QCOMPARE(names(model), (QStringList {"Album", "Music"}));
-    }
-
-    void documentColumnsFillInLater()
-    {
-        const QUuid photos = addPlan(QStringLiteral("Photos"), 1);
-        QVERIFY(loadTable());
-        PlanBackupModel model;
-        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QVERIFY(model.init());
-        QVERIFY(!model.index(0, 5).data().isValid());
-        QVERIFY(!model.index(0, 14).data().isValid());
-
-        auto list = PlanXmlList::instance();
-        QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
-        QVERIFY(list->getPlan(photos));
-        QVERIFY(changed.wait());
-        QCOMPARE(changed.at(0).at(0).toModelIndex(), model.index(0, 0));
-        QCOMPARE(changed.at(0).at(1).toModelIndex(), model.index(0, 15));
-        QCOMPARE(model.index(0, 5).data().toUuid(), Storage);
-        const QByteArray xml = model.index(0, 14).data().toByteArray();
-        QCOMPARE(xml, list->planXml(photos).toByteArray(1));
-        QVERIFY(xml.contains("Photos"));
-        // Only the display asks for documents.
-        QVERIFY(!model.index(0, 5).data(Qt::ToolTipRole).isValid());
-
-        // A changed plan is fetched anew and shows its new document.
-        m_documents.insert(photos.toString(), planXml(photos, QStringLiteral("Holiday photos"), 1));
-        changed.clear();
-        notify(NotificationType::PlanUpdated, photos);
-        QTRY_VERIFY(model.index(0, 14).data().toByteArray().contains("Holiday photos"));
-        QVERIFY(changed.count() >= 1);
     }
 
     void documentOfAnotherKindStaysHidden()

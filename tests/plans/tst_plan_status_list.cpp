@@ -77,22 +77,11 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_env = std::make_unique<TestEnvironment>();
-        QVERIFY(m_service.listen(m_env->socketPath()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        QVERIFY(m_service.waitForClient());
+        QVERIFY(m_service.serveConsole(m_env->socketPath()));
     }
 
     void init() { m_list = std::make_unique<PlanStatusList>(); }
     void cleanup() { m_list.reset(); }
-
-    void instanceIsOneList()
-    {
-        auto list = PlanStatusList::instance();
-        QVERIFY(list);
-        QCOMPARE(PlanStatusList::instance(), list);
-    }
 
     void progressCreatesAndReplacesTheEntry()
     {

@@ -1,5 +1,5 @@
-#include "plans/filter_plan_table_model.h"
 #include "plans/plan_table_model.h"
+#include "platform/communication/command_calls.h"
 #include "platform/communication/connection_manager.h"
 #include "platform/communication/notification_types.h"
 #include "plan_test_rows.h"
@@ -18,6 +18,8 @@
 
 using namespace TWB::GUI;
 using TWB::Common::Communication::ConnectionManager;
+using TWB::Common::Communication::ICommand;
+using TWB::Common::Communication::newCommand;
 using TWB::Test::FakeReply;
 using TWB::Test::FakeRequest;
 using TWB::Test::FakeService;
@@ -71,11 +73,7 @@ private Q_SLOTS:
         qputenv("TZ", "Asia/Kolkata");
         tzset();
         m_env = std::make_unique<TestEnvironment>();
-        QVERIFY(m_service.listen(m_env->socketPath()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        QVERIFY(m_service.waitForClient());
+        QVERIFY(m_service.serveConsole(m_env->socketPath()));
     }
 
     void init()
@@ -166,21 +164,6 @@ private Q_SLOTS:
         QVERIFY(load());
         QCOMPARE(m_table->rowCount(), 0);
         QCOMPARE(inserted.count(), 0);
-    }
-
-    void secondInitShowsEveryPlanTwice()
-    {
-        const QUuid first = QUuid::createUuid();
-        const QUuid second = QUuid::createUuid();
-        m_rows.put(planRow(first, QStringLiteral("Photos"), 1));
-        m_rows.put(planRow(second, QStringLiteral("Music"), 2));
-        QVERIFY(load());
-        QSignalSpy inserted(m_table, &QAbstractItemModel::rowsInserted);
-        QVERIFY(load());
-        QCOMPARE(names(), (QStringList {"Photos", "Music", "Photos", "Music"}));
-        QCOMPARE(inserted.count(), 1);
-        QCOMPARE(inserted.at(0).at(1).toInt(), 2);
-        QCOMPARE(inserted.at(0).at(2).toInt(), 3);
     }
 
     void timesShowInLocalTime()
@@ -382,13 +365,55 @@ private Q_SLOTS:
         QCOMPARE(changed.count(), 0);
         QCOMPARE(updated.count(), 0);
 
-        // The result slots are public: called without a command behind them, they change nothing.
+        // Called without a command behind them, the public result slots change nothing.
         QSignalSpy complite(m_table, &BaseModel::complite);
-        QSignalSpy error(m_table, &BaseModel::error);
         m_table->onGetListResult();
         m_table->onGetInfoResult();
         QCOMPARE(names(), (QStringList {"Photos"}));
-        QCOMPARE(complite.count() + error.count() + changed.count(), 0);
+        QCOMPARE(complite.count() + changed.count(), 0);
+    }
+
+    void resultSlotsRefuseBrokenReplies_data()
+    {
+        QTest::addColumn<bool>("list");
+        QTest::addColumn<bool>("broken");
+        QTest::newRow("list, no reply") << true << false;
+        QTest::newRow("list, exchange broken") << true << true;
+        QTest::newRow("info, no reply") << false << false;
+        QTest::newRow("info, exchange broken") << false << true;
+    }
+
+    void resultSlotsRefuseBrokenReplies()
+    {
+        QFETCH(bool, list);
+        QFETCH(bool, broken);
+        m_rows.put(planRow(QUuid::createUuid(), QStringLiteral("Photos"), 1));
+        QVERIFY(load());
+        m_service.clearRequests();
+        // A command that was never sent reaches the model's own slot as though the service had answered it:
+        // a "finished" command with no reply, or one whose exchange broke down.
+        QPointer<ICommand> command = list
+            ? newCommand(QStringLiteral("PlanGetList"), m_table, &PlanTableModel::onGetListResult)
+            : newCommand(QStringLiteral("PlanGetInfo"), m_table, &PlanTableModel::onGetInfoResult);
+        LogCapture log;
+        QSignalSpy error(m_table, &BaseModel::error);
+        QSignalSpy complite(m_table, &BaseModel::complite);
+        QSignalSpy inserted(m_table, &QAbstractItemModel::rowsAboutToBeInserted);
+        QSignalSpy changed(m_table, &QAbstractItemModel::dataChanged);
+        if (broken) {
+            command->failed = true;
+            Q_EMIT command->error();
+        } else {
+            command->finished = true;
+            Q_EMIT command->complite();
+        }
+        QCOMPARE(error.count(), 1);
+        QCOMPARE(error.at(0).at(0).toString(), QStringLiteral("Local command reply format error"));
+        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), QStringLiteral("Local command reply format error")));
+        QCOMPARE(complite.count() + inserted.count() + changed.count(), 0);
+        QCOMPARE(names(), (QStringList {"Photos"}));
+        QTRY_VERIFY(!command);
+        QVERIFY(m_service.requests().isEmpty());
     }
 
     void nameShowsTheRunOrHowTheLastRunEnded_data()
@@ -430,38 +455,6 @@ private Q_SLOTS:
         const int plain = subType == 1 ? IconManager::BackupPlan : IconManager::RestorePlan;
         if (icon != plain)
             QVERIFY(shown != IconManager::icon(plain, IconManager::Small).pixmap(16, 16).toImage());
-    }
-
-    void filterShowsOneKindSortedByNumbers()
-    {
-        m_rows.put(planRow(QUuid::createUuid(), QStringLiteral("Plan 10"), 1));
-        m_rows.put(planRow(QUuid::createUuid(), QStringLiteral("Plan 9"), 1));
-        m_rows.put(planRow(QUuid::createUuid(), QStringLiteral("Restore 1"), 2));
-        m_rows.put(planRow(QUuid::createUuid(), QStringLiteral("Plan 2a"), 1));
-        FilterPlanTableModel filter(1, nullptr);
-        filter.setSourceModel(m_table);
-        QAbstractItemModelTester filterTester(&filter, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        filter.sort(1, Qt::AscendingOrder);
-        QVERIFY(load());
-        auto shown = [&filter] {
-            QStringList result;
-            for (int row = 0; row < filter.rowCount(); ++row)
-                result << filter.index(row, 1).data().toString();
-            return result;
-        };
-        QCOMPARE(shown(), (QStringList {"Plan 2a", "Plan 9", "Plan 10"}));
-
-        // New plans and new names take their place as they come.
-        const QUuid eleven = QUuid::createUuid();
-        m_rows.put(planRow(eleven, QStringLiteral("Plan 11"), 1));
-        QSignalSpy complite(m_table, &BaseModel::complite);
-        notify(NotificationType::PlanCreated, eleven);
-        QVERIFY(complite.wait());
-        QCOMPARE(shown(), (QStringList {"Plan 2a", "Plan 9", "Plan 10", "Plan 11"}));
-        m_rows.put(planRow(eleven, QStringLiteral("Plan 1"), 1));
-        notify(NotificationType::PlanUpdated, eleven);
-        QVERIFY(complite.wait());
-        QCOMPARE(shown(), (QStringList {"Plan 1", "Plan 2a", "Plan 9", "Plan 10"}));
     }
 };
 

@@ -57,11 +57,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_env = std::make_unique<TestEnvironment>();
-        QVERIFY(m_service.listen(m_env->socketPath()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        QVERIFY(m_service.waitForClient());
+        QVERIFY(m_service.serveConsole(m_env->socketPath()));
         QVERIFY(PlanXmlList::instance());
     }
 
@@ -70,16 +66,6 @@ private Q_SLOTS:
         serveStoredPlans();
         m_service.clearRequests();
         qputenv("USER", "alice");
-    }
-
-    void planBeforeAnyFetchIsNullAndQuiet()
-    {
-        LogCapture log;
-        const QUuid id = QUuid::createUuid();
-        QVERIFY(!PlanXmlList::instance()->plan(id));
-        QVERIFY(!PlanXmlList::instance()->containts(id));
-        QVERIFY(PlanXmlList::instance()->planXml(id).isNull());
-        QCOMPARE(log.entries().size(), 0);
     }
 
     void fetchedPlanIsBuiltOnceAndKept()
@@ -242,15 +228,6 @@ private Q_SLOTS:
         };
         QTRY_COMPARE(arrivedForThisPlan(), 2);
         QCOMPARE(list->plan(id)->name(), QStringLiteral("answered last"));
-    }
-
-    void lastCreatedPlanIsKept()
-    {
-        auto list = PlanXmlList::instance();
-        QVERIFY(list->lastCreatedPlan().isNull());
-        const QUuid id = QUuid::createUuid();
-        list->setLastCreatedPlan(id);
-        QCOMPARE(list->lastCreatedPlan(), id);
     }
 };
 

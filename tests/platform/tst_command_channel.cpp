@@ -132,19 +132,6 @@ private Q_SLOTS:
         QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), QStringLiteral("executed twice")));
     }
 
-    void errorReplyTakesTheServiceText()
-    {
-        m_service.on(QStringLiteral("PlanGetXML"), FakeReply::fail(QStringLiteral("Plan {42} is not known")));
-        LogCapture log;
-        TestCaller caller;
-        QSignalSpy failed(&caller, &TestCaller::failed);
-        QVERIFY(caller.send(QStringLiteral("PlanGetXML")));
-        QVERIFY(failed.wait());
-        QCOMPARE(failed.at(0).at(0).toString(), QStringLiteral("Plan {42} is not known"));
-        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), QStringLiteral("Plan {42} is not known")));
-        QTRY_VERIFY(caller.lastCommand.isNull());
-    }
-
     void replyWithoutSuccessFlagIsAnError()
     {
         m_service.on(QStringLiteral("GetContentType"), [this](const FakeRequest& request) {
@@ -240,23 +227,6 @@ private Q_SLOTS:
         const QJsonObject params = m_service.requests().first().params;
         QVERIFY(params.contains(QStringLiteral("profile")));
         QCOMPARE(params.value(QStringLiteral("profile")), QJsonValue(QString()));
-    }
-
-    void resultSlotWithoutACommandDoesNothing()
-    {
-        TestCaller caller;
-        QSignalSpy failed(&caller, &TestCaller::failed);
-        QSignalSpy succeeded(&caller, &TestCaller::succeeded);
-        caller.onCommandResult();
-        QPointer<QTimer> timer = new QTimer;
-        timer->setSingleShot(true);
-        connect(timer.data(), &QTimer::timeout, &caller, &TestCaller::onCommandResult);
-        timer->start(0);
-        QTest::qWait(50); // the timer fires within this wait; nothing else can be awaited
-        QCOMPARE(failed.count(), 0);
-        QCOMPARE(succeeded.count(), 0);
-        QVERIFY(timer); // a sender that is no command is not deleted
-        delete timer;
     }
 
     void commandSentWhileDisconnectedGoesOutOnReconnection()

@@ -602,14 +602,6 @@ private Q_SLOTS:
         QVERIFY(*fromText(minimal(QStringLiteral("BackupFile"))) != *fromText(minimal(QStringLiteral("RestoreFile"))));
     }
 
-    void planWithoutStorageHasANullStorage()
-    {
-        BackupFile plan;
-        QVERIFY(plan.storage().isNull());
-        QVERIFY(roundTrip(plan)->storage().isNull());
-        QCOMPARE(plan.schedule().stopAfter(), 0ull);
-    }
-
     void typeStaysWithinTheClass()
     {
         BackupFile file;
@@ -622,31 +614,12 @@ private Q_SLOTS:
         QCOMPARE(image.type(), 1);
     }
 
-    void scheduleCopiesFromAModifiableSource()
-    {
-        BackupFile plan;
-        plan.schedule().setEnable(true);
-        plan.schedule().setFrequencyType(Schedule::Weekly);
-        QBitArray days(7);
-        days.setBit(0);
-        days.setBit(6);
-        plan.schedule().setWeeklyFrequency(days);
-        Schedule copy(plan.schedule());
-        QVERIFY(copy == plan.schedule());
-        copy.setStopAfter(3600);
-        QVERIFY(copy != plan.schedule());
-        plan.forceFullSchedule() = copy;
-        QCOMPARE(plan.forceFullSchedule().stopAfter(), 3600ull);
-    }
-
     void hostileDocumentsAreRefused_data()
     {
         QTest::addColumn<QString>("xml");
         QTest::addColumn<QString>("reason");
         QTest::newRow("no xml") << "this is not xml"
                                 << "no XML";
-        QTest::newRow("empty") << ""
-                               << "no XML";
         QTest::newRow("wrong root") << "<Plans format=\"1\" class=\"BackupFile\"/>"
                                     << "root";
         QTest::newRow("no format") << "<Plan class=\"BackupFile\"/>"

@@ -1,13 +1,16 @@
 #include "support/fake_service.h"
 
+#include "platform/communication/connection_manager.h"
 #include "platform/communication/json_keys.h"
 #include "platform/communication/json_line_socket.h"
+#include "support/test_environment.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QSignalSpy>
+#include <QTest>
 #include <QTimer>
 
 namespace TWB::Test {
@@ -153,6 +156,16 @@ int FakeService::clientCount() const
     for (const auto& client : m_clients)
         count += client ? 1 : 0;
     return count;
+}
+
+bool FakeService::serveConsole(const QString& path)
+{
+    using TWB::Common::Communication::ConnectionManager;
+    if (!listen(path) || !ConnectionManager::instance())
+        return false;
+    TestEnvironment::speedUpChannel();
+    return QTest::qWaitFor([] { return ConnectionManager::instance()->isLocalManagmentConnected(); })
+        && waitForClient();
 }
 
 bool FakeService::waitForClient(int timeoutMs)

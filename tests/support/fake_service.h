@@ -67,6 +67,8 @@ public:
     ~FakeService() override;
 
     bool listen(const QString& path);
+    /// Listens on `path`, brings the console's channel up with short waits and waits until it is connected.
+    bool serveConsole(const QString& path);
     /// Closes every connection and stops listening, as a service that exits.
     void stop();
     bool isListening() const;

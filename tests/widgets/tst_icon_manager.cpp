@@ -2,13 +2,10 @@
 #include "widgets/icon_manager.h"
 #include "widgets/image_manager.h"
 
-#include <QFile>
 #include <QIcon>
 #include <QImage>
-#include <QImageReader>
 #include <QMetaEnum>
 #include <QPainter>
-#include <QSvgRenderer>
 #include <QtTest>
 
 using namespace TWB::GUI;
@@ -115,42 +112,6 @@ private Q_SLOTS:
         }
         for (const int unknown : {-1, 10, 11, 23, 26})
             QVERIFY(IconManager::storage(unknown, IconManager::Small).isNull());
-    }
-
-    void namedResourceFilesExist_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QSize>("size");
-        QTest::newRow("backup") << QStringLiteral("://images/backup.png") << QSize(16, 16);
-        QTest::newRow("backup@2x") << QStringLiteral("://images/backup@2x.png") << QSize(32, 32);
-        QTest::newRow("restore") << QStringLiteral("://images/restore.png") << QSize(16, 16);
-        QTest::newRow("restore@2x") << QStringLiteral("://images/restore@2x.png") << QSize(32, 32);
-        QTest::newRow("start") << QStringLiteral("://images/plan_state_start.png") << QSize(16, 16);
-        QTest::newRow("start@2x") << QStringLiteral("://images/plan_state_start@2x.png") << QSize(32, 32);
-        QTest::newRow("no") << QStringLiteral("://images/plan_state_no.png") << QSize(16, 16);
-        QTest::newRow("no@2x") << QStringLiteral("://images/plan_state_no@2x.png") << QSize(32, 32);
-        QTest::newRow("arrow") << QStringLiteral(":/images/right_arrow.svg") << QSize(16, 16);
-        QTest::newRow("symlink") << QStringLiteral("://images/symlink_icon32.svg") << QSize(32, 32);
-        QTest::newRow("background") << QStringLiteral("://images/background.svg") << QSize(400, 240);
-        QTest::newRow("s3") << QStringLiteral("://images/s3.svg") << QSize(80, 70);
-        QTest::newRow("google") << QStringLiteral("://images/google.svg") << QSize(80, 70);
-        QTest::newRow("azure") << QStringLiteral("://images/azure.svg") << QSize(80, 70);
-    }
-
-    void namedResourceFilesExist()
-    {
-        QFETCH(QString, path);
-        QFETCH(QSize, size);
-        QVERIFY(QFile::exists(path));
-        if (path.endsWith(QLatin1String(".svg"))) {
-            QSvgRenderer renderer(path);
-            QVERIFY(renderer.isValid());
-            QCOMPARE(renderer.defaultSize(), size);
-        } else {
-            QImageReader reader(path);
-            QCOMPARE(reader.size(), size);
-            QVERIFY(!reader.read().isNull());
-        }
     }
 
     void imagesRenderAtTheirLogicalSize_data()

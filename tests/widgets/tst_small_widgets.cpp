@@ -23,7 +23,6 @@
 #include <QFormLayout>
 #include <QLineEdit>
 #include <QListView>
-#include <QMovie>
 #include <QSignalSpy>
 #include <QStringListModel>
 #include <QSvgRenderer>
@@ -203,17 +202,6 @@ private Q_SLOTS:
         savePicture(edit, QStringLiteral("text_edit_input_limit"));
     }
 
-    void readOnlyListHasNoButtons()
-    {
-        EditListWidget list(true);
-        QVERIFY(list.isReadOnly());
-        QVERIFY(!list.addItemButton());
-        QVERIFY(!list.removeItemButton());
-        QVERIFY(list.findChildren<QToolButton*>().isEmpty());
-        QCOMPARE(list.width(), 210);
-        QCOMPARE(list.maximumWidth(), 210);
-    }
-
     void editListServesItsButtonsAndSelection()
     {
         QStringListModel model({QStringLiteral("Local folder"), QStringLiteral("Office S3"),
@@ -230,9 +218,6 @@ private Q_SLOTS:
         QVERIFY(add->text().isEmpty());
         QVERIFY(add->isEnabled());
         QVERIFY(!remove->isEnabled());
-        QCOMPARE(list.frameShape(), QFrame::Box);
-        QCOMPARE(list.frameShadow(), QFrame::Plain);
-        QCOMPARE(list.palette().color(QPalette::WindowText), QColor(159, 159, 159));
 
         QToolButton* edit = list.addButton(QIcon(), QStringLiteral("Edit Account"));
         list.resize(210, 200);
@@ -258,6 +243,8 @@ private Q_SLOTS:
         savePicture(list, QStringLiteral("edit_list"));
 
         EditListWidget readOnly(true);
+        QVERIFY(readOnly.isReadOnly());
+        QVERIFY(readOnly.findChildren<QToolButton*>().isEmpty());
         readOnly.setModel(&model, 0);
         readOnly.resize(210, 140);
         savePicture(readOnly, QStringLiteral("edit_list_read_only"));
@@ -272,8 +259,6 @@ private Q_SLOTS:
         first->addRow(QStringLiteral("Region:"), new QLineEdit(QStringLiteral("eu-west-1")));
         dialog.setCentralLayout(first);
         QCOMPARE(dialog.centralLayout(), first);
-        QCOMPARE(first->contentsMargins(), QMargins(15, 15, 15, 15));
-        QCOMPARE(first->spacing(), 9);
 
         auto second = new QVBoxLayout;
         auto stray = new QLabel(QStringLiteral("never shown"));
@@ -306,34 +291,6 @@ private Q_SLOTS:
         QVERIFY(!wheel->isAnimated());
         QCOMPARE(dialog.cursor().shape(), Qt::ArrowCursor);
         savePicture(dialog, QStringLiteral("process_dialog"));
-    }
-
-    void wheelMovieFollowsPixelRatio_data()
-    {
-        QTest::addColumn<double>("scale");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QSize>("size");
-        const QString single = QStringLiteral("://images/process32.gif");
-        const QString twice = QStringLiteral("://images/process32@2x.gif");
-        QTest::newRow("exactly one") << 1.0 << single << QSize(16, 16);
-        QTest::newRow("one and a quarter") << 1.25 << twice << QSize(32, 32);
-    }
-
-    void wheelMovieFollowsPixelRatio()
-    {
-        QFETCH(double, scale);
-        QFETCH(QString, file);
-        QFETCH(QSize, size);
-        QMovie movie;
-        ProgressWheel::configurateMovie(&movie, scale);
-        QCOMPARE(movie.fileName(), file);
-        QCOMPARE(movie.scaledSize(), size);
-        QCOMPARE(movie.speed(), 200);
-        QVERIFY(movie.isValid());
-        QVERIFY(movie.frameCount() > 1);
-        QVERIFY(movie.jumpToFrame(0));
-        // Drawn at its own size: the movie is never rescaled.
-        QCOMPARE(movie.currentImage().size(), size);
     }
 
     void wheelKeepsItsSizeWhenStopped()
@@ -510,10 +467,6 @@ private Q_SLOTS:
         QTest::newRow("backslash") << QStringLiteral("a\\b") << true;
         QTest::newRow("slash") << QStringLiteral("a/b") << false;
         QTest::newRow("colon") << QStringLiteral("c:") << false;
-        QTest::newRow("star") << QStringLiteral("*") << false;
-        QTest::newRow("question mark") << QStringLiteral("why?") << false;
-        QTest::newRow("greater") << QStringLiteral("a>b") << false;
-        QTest::newRow("less") << QStringLiteral("a<b") << false;
         QTest::newRow("pipe") << QStringLiteral("a|b") << false;
     }
 

@@ -1,8 +1,6 @@
-#include "frame/base_model.h"
-#include "frame/model_creator.h"
-#include "frame/model_manager.h"
+#include "plans/plan_test_rows.h"
 #include "plans/plan_xml_list.h"
-#include "platform/communication/connection_manager.h"
+#include "platform/communication/notification_types.h"
 #include "support/fake_service.h"
 #include "support/log_capture.h"
 #include "support/test_environment.h"
@@ -18,59 +16,16 @@
 #include <memory>
 
 using namespace TWB::GUI;
-using TWB::Common::Communication::ConnectionManager;
 using TWB::Test::FakeReply;
 using TWB::Test::FakeRequest;
 using TWB::Test::FakeService;
 using TWB::Test::LogCapture;
+using TWB::Test::NoModelCreator;
+using TWB::Test::planRow;
+using TWB::Test::PlanRows;
+using TWB::Test::RegisteredPlanTable;
 using TWB::Test::TestEnvironment;
-
-namespace {
-
-/// Stands in for the plan table: one plan id per row in column 0, changed by the test.
-class PlanRows : public BaseModel
-{
-public:
-    bool init() override { return true; }
-    QModelIndex index(int row, int column, const QModelIndex& parent) const override
-    {
-        return hasIndex(row, column, parent) ? createIndex(row, column) : QModelIndex();
-    }
-    QModelIndex parent(const QModelIndex&) const override { return QModelIndex(); }
-    int rowCount(const QModelIndex& parent) const override { return parent.isValid() ? 0 : ids.size(); }
-    int columnCount(const QModelIndex& parent) const override { return parent.isValid() ? 0 : 2; }
-    QVariant data(const QModelIndex& index, int role) const override
-    {
-        if (!index.isValid() || role != Qt::DisplayRole)
-            return QVariant();
-        return index.column() == 0 ? QVariant(ids.at(index.row()).toString()) : QVariant(index.row());
-    }
-    void append(const QUuid& id)
-    {
-        beginInsertRows(QModelIndex(), ids.size(), ids.size());
-        ids << id;
-        endInsertRows();
-    }
-    void touch(const QUuid& id)
-    {
-        const int row = ids.indexOf(id);
-        Q_EMIT dataChanged(index(row, 0, QModelIndex()), index(row, 1, QModelIndex()));
-    }
-    QList<QUuid> ids;
-};
-
-class RowsCreator : public ModelCreator
-{
-public:
-    BaseModel* create() override { return model; }
-    const QString& name() const override { return m_name; }
-    BaseModel* model = nullptr;
-
-private:
-    const QString m_name = QStringLiteral("TwbPlanTableModel");
-};
-
-} // namespace
+namespace NotificationType = TWB::Common::Communication::Notification::Type;
 
 class TestPlanEditWait : public QObject
 {
@@ -79,9 +34,21 @@ class TestPlanEditWait : public QObject
 private:
     std::unique_ptr<TestEnvironment> m_env;
     FakeService m_service;
-    PlanRows m_rows;
+    PlanRows m_rows {m_service};
+    std::unique_ptr<RegisteredPlanTable> m_registered;
     std::unique_ptr<QAbstractItemModelTester> m_tester;
-    RowsCreator m_creator;
+
+    /// The service holds a new plan and says so, as after a saved new plan.
+    void create(const QUuid& id)
+    {
+        m_rows.put(planRow(id, QStringLiteral("Plan"), 1));
+        m_service.notify(QLatin1String(NotificationType::PlanCreated), {{QStringLiteral("id"), id.toString()}});
+    }
+
+    void touch(const QUuid& id)
+    {
+        m_service.notify(QLatin1String(NotificationType::PlanUpdated), {{QStringLiteral("id"), id.toString()}});
+    }
 
     /// Runs `action` once the service has received the named command.
     void onRequest(const QString& command, QObject* context, std::function<void()> action)
@@ -101,22 +68,28 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_env = std::make_unique<TestEnvironment>();
-        QVERIFY(m_service.listen(m_env->socketPath()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        m_tester = std::make_unique<QAbstractItemModelTester>(
-            &m_rows, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        m_creator.model = &m_rows;
-        ModelManager::instance()->registrateCreator(m_creator);
+        QVERIFY(m_service.serveConsole(m_env->socketPath()));
     }
 
     void init()
     {
+        qputenv("USER", "alice");
+        m_rows.rows.clear();
+        m_rows.serve();
+        m_registered = std::make_unique<RegisteredPlanTable>();
+        m_tester = std::make_unique<QAbstractItemModelTester>(
+            m_registered->table, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QSignalSpy complite(m_registered->table, &BaseModel::complite);
+        QVERIFY(m_registered->table->init() && complite.wait());
         m_service.clearRequests();
         m_service.on(QStringLiteral("PlanUpdate"), FakeReply::ok());
         m_service.on(QStringLiteral("PlanExecuteStart"), FakeReply::ok());
-        qputenv("USER", "alice");
+    }
+
+    void cleanup()
+    {
+        m_tester.reset();
+        m_registered.reset();
     }
 
     void newPlanClosesWhenItsRowArrives()
@@ -126,8 +99,8 @@ private Q_SLOTS:
         PlanEditWait wait(false);
         QSignalSpy messages(&wait, &PlanEditWait::setMessage);
         onRequest(QStringLiteral("PlanUpdate"), this, [&] {
-            m_rows.append(other);
-            m_rows.append(id);
+            create(other);
+            create(id);
         });
         wait.setPlan(id, QStringLiteral("<Plan/>"), false);
         QCOMPARE(wait.result(), int(QDialog::Accepted));
@@ -147,7 +120,7 @@ private Q_SLOTS:
         const QUuid id = QUuid::createUuid();
         PlanEditWait wait(false);
         QSignalSpy messages(&wait, &PlanEditWait::setMessage);
-        onRequest(QStringLiteral("PlanUpdate"), this, [&] { m_rows.append(id); });
+        onRequest(QStringLiteral("PlanUpdate"), this, [&] { create(id); });
         wait.setPlan(id, QStringLiteral("<Plan/>"), true);
         QCOMPARE(wait.result(), int(QDialog::Accepted));
         const auto starts = m_service.requests(QStringLiteral("PlanExecuteStart"));
@@ -161,13 +134,14 @@ private Q_SLOTS:
     void editToRunStartsOnceDespiteRepeatedChanges()
     {
         const QUuid id = QUuid::createUuid();
-        m_rows.append(id);
+        create(id);
+        QTRY_COMPARE(m_registered->table->rowCount(), 1);
         m_service.on(QStringLiteral("PlanExecuteStart"), FakeReply::ok().after(200));
         PlanEditWait wait(true);
         onRequest(QStringLiteral("PlanUpdate"), this, [&] {
-            m_rows.touch(id);
-            m_rows.touch(id);
-            QTimer::singleShot(50, this, [&] { m_rows.touch(id); });
+            touch(id);
+            touch(id);
+            QTimer::singleShot(50, this, [&] { touch(id); });
         });
         // New rows do not concern an edit.
         wait.setPlan(id, QStringLiteral("<Plan/>"), true);
@@ -181,11 +155,11 @@ private Q_SLOTS:
         PlanEditWait wait(false);
         bool openAfterOthers = false;
         onRequest(QStringLiteral("PlanUpdate"), this, [&] {
-            m_rows.append(QUuid::createUuid());
+            create(QUuid::createUuid());
             QTest::keyClick(&wait, Qt::Key_Escape);
             QTimer::singleShot(200, this, [&] {
                 openAfterOthers = wait.isVisible();
-                m_rows.append(id);
+                create(id);
             });
         });
         wait.setPlan(id, QStringLiteral("<Plan/>"), false);
@@ -245,7 +219,7 @@ private Q_SLOTS:
                     box->button(QDialogButtonBox::Close)->click();
             });
         });
-        onRequest(QStringLiteral("PlanUpdate"), this, [&] { m_rows.append(id); });
+        onRequest(QStringLiteral("PlanUpdate"), this, [&] { create(id); });
         wait.setPlan(id, QStringLiteral("<Plan/>"), true);
         QCOMPARE(shown, QStringLiteral("The plan was saved, but it could not be started: Plan is already running"));
         QCOMPARE(wait.result(), int(QDialog::Accepted));
@@ -259,7 +233,7 @@ private Q_SLOTS:
             QVERIFY(wait.grab().save(TestEnvironment::outputDir() + QStringLiteral("/plan_edit_wait.png")));
             QCOMPARE(wait.windowTitle(), QStringLiteral("Wait plan edit result"));
             QVERIFY(!(wait.windowFlags() & Qt::WindowCloseButtonHint));
-            m_rows.append(id);
+            create(id);
         });
         wait.setPlan(id, QStringLiteral("<Plan/>"), false);
         QCOMPARE(wait.result(), int(QDialog::Accepted));
@@ -267,12 +241,13 @@ private Q_SLOTS:
 
     void withoutAPlanTableNothingEndsTheWait()
     {
-        m_creator.model = nullptr;
+        m_tester.reset();
+        m_registered.reset();
         const QUuid id = QUuid::createUuid();
         PlanEditWait wait(false);
         bool stillOpen = false;
         onRequest(QStringLiteral("PlanUpdate"), this, [&] {
-            m_rows.append(id);
+            create(id);
             QTimer::singleShot(300, this, [&] {
                 stillOpen = wait.isVisible();
                 wait.reject();
@@ -281,7 +256,6 @@ private Q_SLOTS:
         wait.setPlan(id, QStringLiteral("<Plan/>"), false);
         QVERIFY(stillOpen);
         QCOMPARE(wait.result(), int(QDialog::Rejected));
-        m_creator.model = &m_rows;
     }
 };
 

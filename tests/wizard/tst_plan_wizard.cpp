@@ -172,19 +172,6 @@ private Q_SLOTS:
         QVERIFY(!wizard.name->initPlan(nullptr));
     }
 
-    void goingBackKeepsEntries()
-    {
-        SmallWizard wizard(1);
-        wizard.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&wizard));
-        QTest::keyClicks(wizard.name->findChild<QLineEdit*>(), QStringLiteral("Kept"));
-        wizard.next();
-        QCOMPARE(wizard.currentId(), 2);
-        wizard.back();
-        QCOMPARE(wizard.currentId(), 1);
-        QCOMPARE(wizard.field(QStringLiteral("Field_PlanName")).toString(), QStringLiteral("Kept"));
-    }
-
     void summaryShowsVisitedPagesInOrder()
     {
         SmallWizard wizard(2);

@@ -1,6 +1,5 @@
-// A plan made through a wizard of the shared pages, driven as a user would, reaches the service,
-// appears in the plan table and runs on request. Built twice: against the scripted fake service
-// and against the real twbd (TWB_FLOW_REAL_SERVICE).
+// A plan made through a wizard of the shared pages, driven as a user would, reaches the real twbd,
+// appears in the plan table and runs on request.
 
 #include "flow_wizard.h"
 #include "frame/model_manager.h"
@@ -9,12 +8,8 @@
 #include "plans/plan_table_model.h"
 #include "plans/plan_xml_list.h"
 #include "platform/communication/connection_manager.h"
-#include "platform/communication/notification_types.h"
-#include "platform/plan/factory.h"
 #include "storages/storage_connections_model.h"
-#include "storages/storage_test_rows.h"
 #include "storages/storages_edit_list.h"
-#include "support/fake_service.h"
 #include "support/service_process.h"
 #include "support/test_caller.h"
 #include "support/test_environment.h"
@@ -38,7 +33,6 @@
 using namespace TWB::GUI;
 using namespace TWB::Test;
 using TWB::Common::Communication::ConnectionManager;
-namespace NotificationType = TWB::Common::Communication::Notification::Type;
 
 namespace {
 
@@ -92,63 +86,18 @@ private:
     QUuid m_account; // the account the walks choose on page 0
     QString m_source; // what the walks' plans back up
     std::unique_ptr<QAbstractItemModelTester> m_tester;
-#ifdef TWB_FLOW_REAL_SERVICE
     std::unique_ptr<ServiceProcess> m_service;
-#else
-    FakeService m_service;
-    std::unique_ptr<StorageRows> m_rows;
-    QMap<QString, QString> m_xml; // plan id to its document, as the fake service stores it
-    QMap<QString, int> m_status;
 
-    QJsonObject infoOf(const QString& id) const
+    /// The runs the service recorded for a plan.
+    int runsOf(const QUuid& id)
     {
-        std::unique_ptr<TWB::Info::Plan::Base> plan(TWB::Info::Plan::Factory::create(m_xml.value(id)));
-        if (!plan)
-            return QJsonObject();
-        return {{QStringLiteral("ID"), id}, {QStringLiteral("Name"), plan->name()},
-            {QStringLiteral("SubType"), plan->subtype()}, {QStringLiteral("Type"), plan->type()},
-            {QStringLiteral("Status"), m_status.value(id, 2)}, {QStringLiteral("Schedule"), QString()}};
+        TestCaller caller;
+        QSignalSpy succeeded(&caller, &TestCaller::succeeded);
+        if (!caller.send(QStringLiteral("HistoryListByPlan"), {{QStringLiteral("planID"), id.toString()}})
+            || !succeeded.wait())
+            return -1;
+        return succeeded.first().first().toJsonObject().value(QStringLiteral("HistoryListByPlan")).toArray().size();
     }
-
-    void serve()
-    {
-        m_rows = std::make_unique<StorageRows>(m_service);
-        m_rows->add(QStringLiteral("Other storage"), 1);
-        m_rows->add(QStringLiteral("Local storage"), 1);
-        m_service.on(QStringLiteral("PlanGetList"), [this](const FakeRequest&) {
-            QJsonArray list;
-            for (const QString& id : m_xml.keys())
-                list << infoOf(id);
-            return FakeReply::ok({{QStringLiteral("planList"), list}});
-        });
-        m_service.on(QStringLiteral("PlanGetInfo"), [this](const FakeRequest& request) {
-            return FakeReply::ok({{QStringLiteral("planInfo"), infoOf(request.params.value("id").toString())}});
-        });
-        m_service.on(QStringLiteral("PlanGetXML"), [this](const FakeRequest& request) {
-            return FakeReply::ok({{QStringLiteral("planXML"), m_xml.value(request.params.value("ID").toString())}});
-        });
-        m_service.on(QStringLiteral("PlanUpdate"), [this](const FakeRequest& request) {
-            const QString id = request.params.value(QStringLiteral("ID")).toString();
-            const bool known = m_xml.contains(id);
-            m_xml.insert(id, request.params.value(QStringLiteral("planXML")).toString());
-            // The service tells every console after the change, as twbd does.
-            QTimer::singleShot(10, this, [this, id, known] {
-                m_service.notify(QLatin1String(known ? NotificationType::PlanUpdated : NotificationType::PlanCreated),
-                    {{QStringLiteral("id"), id}});
-                if (known) // an edited row changes more than once: state, then summary
-                    m_service.notify(QLatin1String(NotificationType::PlanUpdated), {{QStringLiteral("id"), id}});
-            });
-            return FakeReply::ok();
-        });
-        m_service.on(QStringLiteral("PlanExecuteStart"), [this](const FakeRequest& request) {
-            const QString id = request.params.value(QStringLiteral("ID")).toString();
-            m_status.insert(id, 1);
-            m_service.notify(QLatin1String(NotificationType::PlanStateChanged),
-                {{QStringLiteral("id"), id}, {QStringLiteral("state"), 1}});
-            return FakeReply::ok();
-        });
-    }
-#endif
 
     PlanTableModel* table() const
     {
@@ -212,13 +161,8 @@ private Q_SLOTS:
         QVERIFY(rebranding.open(QIODevice::WriteOnly));
         rebranding.write("AllowPrePostActions=false\n");
         rebranding.close();
-#ifdef TWB_FLOW_REAL_SERVICE
         m_service = std::make_unique<ServiceProcess>(m_env->socketPath(), m_env->dataDir());
         QVERIFY2(m_service->start(), qPrintable(m_service->output()));
-#else
-        serve();
-        QVERIFY(m_service.listen(m_env->socketPath()));
-#endif
         QVERIFY(ConnectionManager::instance());
         TestEnvironment::speedUpChannel();
         QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
@@ -249,6 +193,12 @@ private Q_SLOTS:
         m_account = QUuid(local.first().siblingAtColumn(1).data().toString());
     }
 
+    void cleanupTestCase()
+    {
+        if (m_service)
+            QVERIFY2(m_service->terminate(), qPrintable(m_service->output()));
+    }
+
     void finishedWizardSavesShowsAndRunsThePlan()
     {
         FlowWizard wizard;
@@ -273,12 +223,9 @@ private Q_SLOTS:
         QVERIFY(plan->schedule().weeklyFrequency().testBit(0));
         QCOMPARE(plan->schedule().occursAt(), QTime(21, 30));
         QCOMPARE(plan->storage(), m_account);
-#ifndef TWB_FLOW_REAL_SERVICE
-        const auto starts = m_service.requests(QStringLiteral("PlanExecuteStart"));
-        QCOMPARE(starts.size(), 1);
-        QCOMPARE(starts.first().params.value(QStringLiteral("ID")).toString(), id.toString());
-        QTRY_COMPARE(table()->index(row, 4).data().toInt(), 1);
-#endif
+        // "Run plan now" ran it: the row ends with a successful run, and the service holds one run.
+        QTRY_COMPARE_WITH_TIMEOUT(table()->index(rowOf(*table(), id), 7).data().toInt(), 6, 60000);
+        QTRY_COMPARE(runsOf(id), 1);
     }
 
     void editedPlanIsSavedAndStartedOnce()
@@ -301,9 +248,6 @@ private Q_SLOTS:
         QVERIFY(wizard.field(QStringLiteral("Field_WeeklyDay_1")).toBool());
         // The storage page chose the plan's account again.
         QCOMPARE(wizard.field(QStringLiteral("Field_CloudId")).toString(), m_account.toString());
-#ifndef TWB_FLOW_REAL_SERVICE
-        m_service.clearRequests();
-#endif
         wizard.show();
         QVERIFY(QTest::qWaitForWindowExposed(&wizard));
         QVERIFY(wizard.button(QWizard::NextButton)->isEnabled());
@@ -322,11 +266,11 @@ private Q_SLOTS:
         QCOMPARE(wizard.summary->savedId, id);
         QTRY_COMPARE(table()->index(rowOf(*table(), id), 1).data().toString(), QStringLiteral("Renamed"));
         QCOMPARE(wizard.result(), int(QDialog::Accepted));
-#ifndef TWB_FLOW_REAL_SERVICE
-        QTest::qWait(200); // later row changes must not start the plan again; nothing else signals their end
-        QCOMPARE(m_service.requests(QStringLiteral("PlanExecuteStart")).size(), 1);
-        QCOMPARE(m_service.requests(QStringLiteral("PlanUpdate")).size(), 1);
-#endif
+        // Started once, however often the edited row changes while the wait lasts.
+        QTRY_COMPARE_WITH_TIMEOUT(table()->index(rowOf(*table(), id), 7).data().toInt(), 6, 60000);
+        QTRY_COMPARE(table()->index(rowOf(*table(), id), 4).data().toInt(), 2);
+        QTest::qWait(500); // a second start would show as a second run; nothing signals its absence
+        QCOMPARE(runsOf(id), 1);
     }
 };
 

@@ -1,6 +1,9 @@
 #include "cloud_test_support.h"
 
 #include "platform/cloud/account_keys.h"
+#include "platform/cloud/list_containers.h"
+#include "platform/cloud/listing.h"
+#include "platform/cloud/listing_object.h"
 
 #include <QDebug>
 #include <QDir>
@@ -23,6 +26,31 @@ bool CloudTestSupport::run(const QSharedPointer<IOperation>& operation, int time
     const bool ended = finished.wait(timeoutMs);
     operation->remove();
     return ended && finished.count() == 1 && operation->isComplite();
+}
+
+QStringList CloudTestSupport::names(const QJsonArray& entries)
+{
+    QStringList result;
+    for (const QJsonValue& entry : entries)
+        result << TWL::Cloud::Api::ListingObject(entry.toObject()).name();
+    return result;
+}
+
+QStringList CloudTestSupport::names(const QSharedPointer<IOperation>& operation)
+{
+    const auto* listing = qobject_cast<TWL::Cloud::Operation::Listing*>(operation.data());
+    return listing ? names(listing->data()) : QStringList();
+}
+
+QStringList CloudTestSupport::containerNames(const QSharedPointer<IOperation>& operation)
+{
+    QStringList result;
+    if (const auto* list = qobject_cast<TWL::Cloud::Operation::ListContainers*>(operation.data())) {
+        const QJsonArray data = list->data();
+        for (const QJsonValue& entry : data)
+            result << entry.toObject().value(QStringLiteral("Name")).toString();
+    }
+    return result;
 }
 
 bool CloudTestSupport::putObject(

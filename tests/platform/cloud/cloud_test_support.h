@@ -3,9 +3,11 @@
 #include "platform/cloud/ioperation.h"
 
 #include <QByteArray>
+#include <QJsonArray>
 #include <QMap>
 #include <QSharedPointer>
 #include <QString>
+#include <QStringList>
 #include <QVariantMap>
 
 namespace TWB::Test {
@@ -24,6 +26,12 @@ public:
     /// defined by `remote`'s options ("TYPE", "ACCOUNT", ...).
     static bool rcloneCopy(
         const QMap<QString, QString>& remote, const QString& target, const QByteArray& data = QByteArrayLiteral("x"));
+    /// The names of a listing's entries, in its order.
+    static QStringList names(const QJsonArray& entries);
+    /// The names a listing operation found; empty for any other operation.
+    static QStringList names(const QSharedPointer<TWL::Cloud::IOperation>& operation);
+    /// The container names a container listing found; empty for any other operation.
+    static QStringList containerNames(const QSharedPointer<TWL::Cloud::IOperation>& operation);
     /// Process ids of the processes below `ancestor`, with their command lines ("\0" between arguments).
     static QMap<qint64, QByteArray> descendants(qint64 ancestor);
     /// The environment of a process, as /proc shows it.

@@ -28,34 +28,6 @@ using TWL::Cloud::OperationManager;
 namespace Key = TWL::Cloud::Key;
 namespace Operation = TWL::Cloud::Operation;
 
-namespace {
-
-QStringList names(const QSharedPointer<IOperation>& operation)
-{
-    QStringList result;
-    const auto* listing = qobject_cast<Operation::Listing*>(operation.data());
-    if (!listing)
-        return result;
-    const QJsonArray entries = listing->data();
-    for (const QJsonValue& entry : entries)
-        result << TWL::Cloud::Api::ListingObject(entry.toObject()).name();
-    return result;
-}
-
-QStringList containerNames(const QSharedPointer<IOperation>& operation)
-{
-    QStringList result;
-    const auto* list = qobject_cast<Operation::ListContainers*>(operation.data());
-    if (!list)
-        return result;
-    const QJsonArray data = list->data();
-    for (const QJsonValue& entry : data)
-        result << entry.toObject().value(QStringLiteral("Name")).toString();
-    return result;
-}
-
-} // namespace
-
 /// The cloud layer against Azure's emulator (azurite) and an SFTP server (rclone serve sftp) on loopback,
 /// and against a local folder, which it reads itself.
 class TestCloudPeers : public QObject
@@ -173,7 +145,8 @@ private Q_SLOTS:
         auto list = m_manager->listContainers(config);
         QVERIFY(CloudTestSupport::run(list));
         QVERIFY2(!list->isError(), qPrintable(list->errorMessage() + list->errorDetails()));
-        QVERIFY2(containerNames(list).contains(QStringLiteral("box-one")), qPrintable(containerNames(list).join(',')));
+        QVERIFY2(CloudTestSupport::containerNames(list).contains(QStringLiteral("box-one")),
+            qPrintable(CloudTestSupport::containerNames(list).join(',')));
 
         auto check = m_manager->checkConfig(peerConfig(backEnd, QStringLiteral("box-one"), &why));
         QVERIFY(CloudTestSupport::run(check));
@@ -273,21 +246,21 @@ private Q_SLOTS:
         auto top = m_manager->listing(config, QString(), QString(), QStringLiteral("/"), 1000);
         QVERIFY(CloudTestSupport::run(top));
         QVERIFY2(!top->isError(), qPrintable(top->errorMessage() + top->errorDetails()));
-        QCOMPARE(names(top), QStringList({"TWB_desk/", "TWB_laptop/", "docs/", "notes.txt"}));
+        QCOMPARE(CloudTestSupport::names(top), QStringList({"TWB_desk/", "TWB_laptop/", "docs/", "notes.txt"}));
 
         auto inside = m_manager->listing(config, QStringLiteral("docs/"), QString(), QStringLiteral("/"), 1000);
         QVERIFY(CloudTestSupport::run(inside));
-        QCOMPARE(names(inside), QStringList({"docs/x y.txt"}));
+        QCOMPARE(CloudTestSupport::names(inside), QStringList({"docs/x y.txt"}));
 
         auto everything = m_manager->listing(config, QString(), QString(), QString(), 0);
         QVERIFY(CloudTestSupport::run(everything));
-        QCOMPARE(
-            names(everything), QStringList({"TWB_desk/deep/b.txt", "TWB_laptop/a.txt", "docs/x y.txt", "notes.txt"}));
+        QCOMPARE(CloudTestSupport::names(everything),
+            QStringList({"TWB_desk/deep/b.txt", "TWB_laptop/a.txt", "docs/x y.txt", "notes.txt"}));
 
         auto nowhere = m_manager->listing(config, QStringLiteral("absent/"), QString(), QStringLiteral("/"), 1000);
         QVERIFY(CloudTestSupport::run(nowhere));
         QVERIFY2(!nowhere->isError(), qPrintable(nowhere->errorMessage()));
-        QCOMPARE(names(nowhere), QStringList());
+        QCOMPARE(CloudTestSupport::names(nowhere), QStringList());
 
         TWB::Operation::GetPrefixOperation prefixes(config, QStringLiteral("TWB_"));
         QSignalSpy found(&prefixes, &TWB::Operation::GetPrefixOperation::finished);
@@ -329,7 +302,7 @@ private Q_SLOTS:
         auto list = m_manager->listContainers(keyed(known));
         QVERIFY(CloudTestSupport::run(list));
         QVERIFY2(!list->isError(), qPrintable(list->errorMessage() + list->errorDetails()));
-        QCOMPARE(containerNames(list), QStringList({"by-key"}));
+        QCOMPARE(CloudTestSupport::containerNames(list), QStringList({"by-key"}));
 
         auto refused = m_manager->listContainers(keyed(stranger));
         QVERIFY(CloudTestSupport::run(refused));

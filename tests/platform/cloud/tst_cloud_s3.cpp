@@ -30,30 +30,6 @@ using TWL::Cloud::OperationManager;
 namespace Key = TWL::Cloud::Key;
 namespace Operation = TWL::Cloud::Operation;
 
-namespace {
-
-QStringList names(const QJsonArray& entries)
-{
-    QStringList result;
-    for (const QJsonValue& entry : entries)
-        result << TWL::Cloud::Api::ListingObject(entry.toObject()).name();
-    return result;
-}
-
-QStringList containerNames(IOperation* operation)
-{
-    QStringList result;
-    const auto* list = qobject_cast<Operation::ListContainers*>(operation);
-    if (!list)
-        return result;
-    const QJsonArray data = list->data();
-    for (const QJsonValue& entry : data)
-        result << entry.toObject().value(QStringLiteral("Name")).toString();
-    return result;
-}
-
-} // namespace
-
 /// The cloud layer against moto's S3 server on loopback, which checks keys.
 class TestCloudS3 : public QObject
 {
@@ -90,7 +66,7 @@ private Q_SLOTS:
         QVERIFY(CloudTestSupport::run(list));
         QVERIFY2(!list->isError(), qPrintable(list->errorMessage()));
         QCOMPARE(list->state(), int(IOperation::Finished));
-        QVERIFY(containerNames(list.data()).contains(QStringLiteral("photos")));
+        QVERIFY(CloudTestSupport::containerNames(list).contains(QStringLiteral("photos")));
         QCOMPARE(m_manager->operation(list->id()), QSharedPointer<IOperation>());
 
         // Making a bucket the account already owns again is no failure.
@@ -206,7 +182,8 @@ private Q_SLOTS:
         QVERIFY2(!top->isError(), qPrintable(top->errorMessage()));
         auto* page = qobject_cast<Operation::Listing*>(top.data());
         QVERIFY(page);
-        QCOMPARE(names(page->data()), QStringList({"TWB_desk/", "TWB_laptop/", "docs/", "notes.txt", "office/"}));
+        QCOMPARE(CloudTestSupport::names(page->data()),
+            QStringList({"TWB_desk/", "TWB_laptop/", "docs/", "notes.txt", "office/"}));
         QVERIFY(page->marker().isEmpty());
         const TWL::Cloud::Api::ListingObject folder(page->data().first().toObject());
         QVERIFY(folder.isFolder());
@@ -214,13 +191,12 @@ private Q_SLOTS:
 
         auto roots = m_manager->listing(config, QStringLiteral("TWB_"), QString(), QStringLiteral("/"), 1000);
         QVERIFY(CloudTestSupport::run(roots));
-        QCOMPARE(
-            names(qobject_cast<Operation::Listing*>(roots.data())->data()), QStringList({"TWB_desk/", "TWB_laptop/"}));
+        QCOMPARE(CloudTestSupport::names(roots), QStringList({"TWB_desk/", "TWB_laptop/"}));
         QCOMPARE(qobject_cast<Operation::Listing*>(roots.data())->prefix(), QStringLiteral("TWB_"));
 
         auto inside = m_manager->listing(config, QStringLiteral("docs/"), QString(), QStringLiteral("/"), 1000);
         QVERIFY(CloudTestSupport::run(inside));
-        QCOMPARE(names(qobject_cast<Operation::Listing*>(inside.data())->data()), QStringList({"docs/x y.txt"}));
+        QCOMPARE(CloudTestSupport::names(inside), QStringList({"docs/x y.txt"}));
 
         // Two at a time: the marker leads through the pages, and the last has none.
         QStringList paged;
@@ -231,12 +207,12 @@ private Q_SLOTS:
             QVERIFY(CloudTestSupport::run(next));
             auto* listing = qobject_cast<Operation::Listing*>(next.data());
             QVERIFY(listing->data().size() <= 2);
-            paged << names(listing->data());
+            paged << CloudTestSupport::names(listing->data());
             marker = listing->marker();
             ++pages;
         } while (!marker.isEmpty() && pages < 10);
         QCOMPARE(pages, 3);
-        QCOMPARE(paged, names(page->data()));
+        QCOMPARE(paged, CloudTestSupport::names(page->data()));
 
         TWB::Operation::GetPrefixOperation prefixes(config, QStringLiteral("TWB_"));
         QSignalSpy found(&prefixes, &TWB::Operation::GetPrefixOperation::finished);

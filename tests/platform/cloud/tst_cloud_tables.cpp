@@ -27,40 +27,6 @@ private:
 private Q_SLOTS:
     void initTestCase() { m_environment = std::make_unique<TWB::Test::TestEnvironment>(); }
 
-    void typesHaveTheirNamesLabelsAndPlaces()
-    {
-        QCOMPARE(typeNames().size(), 37);
-        QVERIFY(!typeNames().contains(Type(0)) && !typeNames().contains(Type(32)));
-        QCOMPARE(typeName(WasabiUBStage), QStringLiteral("Wasabi (UB) Stage"));
-        QCOMPARE(typeFromName(QStringLiteral("AmazonS3 (UB)")), AmazonS3UB);
-        QCOMPARE(typeFromName(QStringLiteral("33")), Sftp);
-        QCOMPARE(typeFromName(QStringLiteral("32")), Unknown);
-        QCOMPARE(typeFromName(QStringLiteral("amazons3")), Unknown);
-
-        QCOMPARE(typeLabels().size(), 22);
-        QCOMPARE(typeLabel(AmazonS3), QStringLiteral("Amazon S3 & Glacier"));
-        QCOMPARE(typeLabel(HPHelion), QString());
-        // The chooser's order holds exactly the labelled types.
-        QCOMPARE(chooserOrder().size(), 22);
-        QCOMPARE(QSet<Type>(chooserOrder().cbegin(), chooserOrder().cend()).size(), 22);
-        for (const Type type : chooserOrder())
-            QVERIFY(!typeLabel(type).isEmpty());
-        QCOMPARE(chooserOrder().mid(0, 4), QList<Type>({AmazonS3, AzureBlob, FileSystem, GoogleStorage}));
-        QCOMPARE(chooserOrder().last(), Sftp);
-        QCOMPARE(chooserOrder().indexOf(Minio), 18);
-    }
-
-    void setsHoldTheirMembers()
-    {
-        QCOMPARE(s3CompatibleTypes().size(), 22);
-        QVERIFY(s3CompatibleTypes().contains(WasabiStage) && !s3CompatibleTypes().contains(AmazonS3));
-        QCOMPARE(amazonTypes(), QSet<Type>({AmazonS3, AmazonS3Chinese, AmazonS3UB}));
-        QCOMPARE(openStackTypes().size(), 7);
-        QVERIFY(openStackTypes().contains(GoogleStorage));
-        QCOMPARE(sftpTypes(), QSet<Type>({Sftp}));
-        QVERIFY(isS3Like(AmazonS3UB) && isS3Like(Minio) && !isS3Like(GoogleStorage) && !isS3Like(BackBlaze));
-    }
-
     void savedDocumentBecomesCloudConfiguration_data()
     {
         QTest::addColumn<int>("type");
@@ -212,31 +178,6 @@ private Q_SLOTS:
             qMakePair(QStringLiteral("a.b"), QStringLiteral("http")));
         QCOMPARE(EndpointHelper::toPair(QStringLiteral("a.b")), qMakePair(QStringLiteral("a.b"), QString()));
         QCOMPARE(TWL::Utility::StringFilters::prefixFilter(QStringLiteral("..my pc/é:1")), QStringLiteral("mypcé1"));
-    }
-
-    void infoAndContainerParams()
-    {
-        QVERIFY(!Info::InfoFactory::create(Unknown));
-        QVERIFY(!Info::InfoFactory::create(Type(32)));
-        const auto amazon = InfoFactory::create(AmazonS3).dynamicCast<Info::AmazonS3Like>();
-        QVERIFY(amazon);
-        QCOMPARE(amazon->defaultEndpoint().host(), QStringLiteral("s3.amazonaws.com"));
-        QVERIFY(!amazon->regions().isEmpty());
-        const auto compatible
-            = InfoFactory::create(QVariantMap {{Key::CloudType, "S3Compatible"}}).dynamicCast<Info::AmazonS3Like>();
-        QVERIFY(compatible && compatible->defaultEndpoint().isEmpty() && compatible->defaultSignature() == 4);
-        QVERIFY(InfoFactory::create(AzureBlob).dynamicCast<Info::AzureBlob>());
-        QVERIFY(InfoFactory::create(BackBlaze).dynamicCast<Info::BackBlaze>());
-        QVERIFY(InfoFactory::create(GoogleStorage).dynamicCast<Info::GoogleStorage>());
-        QVERIFY(InfoFactory::create(Rackspace).dynamicCast<Info::OpenStack>());
-        QCOMPARE(InfoFactory::create(Sftp)->type(), Sftp);
-
-        QCOMPARE(ContainerParams::AmazonS3Like(QStringLiteral(" box "), QStringLiteral("eu-west-1")).json(),
-            QJsonObject({{"Name", "box"}, {"Location", "eu-west-1"}}));
-        QCOMPARE(ContainerParams::GoogleStorage(QStringLiteral("g"), QStringLiteral("NEARLINE"), QStringLiteral("EU"))
-                     .json(),
-            QJsonObject({{"Name", "g"}, {"StorageClass", "NEARLINE"}, {"Location", "EU"}}));
-        QCOMPARE(ContainerParams::OpenStack(QStringLiteral("o")).json(), QJsonObject({{"Name", "o"}}));
     }
 
     void configurationsOfNoKnownTypeMakeNoOperation()
