@@ -237,9 +237,16 @@ void BaseFilesModel::onResult(const QString& path, const FileNodeBatch& items)
         return;
     FileNodeList fresh;
     fresh.reserve(items->size());
+    pathIndex.reserve(pathIndex.size() + int(items->size()));
     for (std::unique_ptr<FileNode>& item : *items) {
-        if (item && !pathIndex.contains(item->realPath))
-            fresh.push_back(std::move(item));
+        if (!item)
+            continue;
+        // One look-up a row: the slot is made empty for a new path and found filled for a known one.
+        FileNode*& slot = pathIndex[item->realPath];
+        if (slot)
+            continue;
+        slot = item.get();
+        fresh.push_back(std::move(item));
     }
     items->clear();
     if (fresh.empty())
@@ -250,7 +257,6 @@ void BaseFilesModel::onResult(const QString& path, const FileNodeBatch& items)
     const int last = first + int(fresh.size()) - 1;
     beginInsertRows(indexOf(node), first, last);
     node->children.reserve(node->children.size() + fresh.size());
-    pathIndex.reserve(pathIndex.size() + int(fresh.size()));
     int row = first;
     for (std::unique_ptr<FileNode>& item : fresh) {
         item->parent = node;
@@ -260,7 +266,6 @@ void BaseFilesModel::onResult(const QString& path, const FileNodeBatch& items)
         node->stateCount[FileNode::stateSlot(state)]++;
         if (item->isHidden)
             node->hiddenChildren++;
-        pathIndex.insert(item->realPath, item.get());
         node->children.push_back(std::move(item));
     }
     endInsertRows();
