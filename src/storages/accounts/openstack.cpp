@@ -124,7 +124,7 @@ OpenStack::Add::Add(TWL::Cloud::Type type, QWidget* parent)
     setRowLabel(endpoint, tr("Auth URL:"));
     setRowLabel(bucket, tr("Container:"));
     addBucket->setToolTip(tr("Add new container"));
-    endpoint->setPlaceholderText(QStringLiteral("https://identity.example.com/v3"));
+    endpoint->setPlaceholderText(QStringLiteral("https://auth.example.com/v3"));
     endpoint->setToolTip(tr("The address of the identity service, where the user signs in"));
 
     for (int v = 1; v <= 3; ++v)
@@ -133,7 +133,8 @@ OpenStack::Add::Add(TWL::Cloud::Type type, QWidget* parent)
     for (QWidget* field : std::initializer_list<QWidget*> {location, version, tenant, domain, region})
         field->setFixedWidth(LineEditWidth);
     domain->setText(defaultDomain);
-    region->setPlaceholderText(tr("The first in the service catalog"));
+    region->setPlaceholderText(tr("Optional"));
+    region->setToolTip(tr("Without a region, the first of the service catalog is used"));
 
     int row = 0;
     QFormLayout::ItemRole role;
@@ -143,16 +144,15 @@ OpenStack::Add::Add(TWL::Cloud::Type type, QWidget* parent)
         for (const auto& place : places)
             location->addItem(place.label, place.code);
         location->addItem(tr("Other"), QString());
-        formLayout->insertRow(row++, tr("Location:"), location);
+        formLayout->insertRow(row, tr("Location:"), location);
         endpoint->setText(places.first().code);
+        endpoint->setCursorPosition(0);
     } else {
         location->hide();
     }
-    formLayout->insertRow(++row, tr("Auth version:"), version);
-    formLayout->insertRow(++row, tr("Tenant:"), tenant);
-    formLayout->insertRow(++row, tr("Domain:"), domain);
-    formLayout->insertRow(++row, tr("Region:"), region);
-    setRowShown(version, kind.chooseVersion);
+    chooseVersion = kind.chooseVersion;
+    for (QWidget* field : std::initializer_list<QWidget*> {version, tenant, domain, region})
+        field->hide();
     onVersionChanged();
 
     for (QLineEdit* edit : {tenant, domain, region})
@@ -171,23 +171,41 @@ int OpenStack::Add::authVersion() const
     return version->currentData().toInt();
 }
 
-void OpenStack::Add::setRowShown(QWidget* field, bool shown)
-{
-    field->setVisible(shown);
-    if (QWidget* label = formLayout->labelForField(field))
-        label->setVisible(shown);
-}
-
 void OpenStack::Add::onVersionChanged()
 {
     // TempAuth knows users and keys only; Keystone scopes the sign-in to a tenant (v2) or a project in a
-    // domain (v3) and lists the storage by region.
+    // domain (v3) and lists the storage by region. Rows that do not apply leave the form, so that it keeps
+    // its even spacing.
     const int v = authVersion();
-    setRowShown(tenant, v != 1);
-    setRowShown(domain, v == 3);
-    setRowShown(region, v != 1);
-    if (auto label = qobject_cast<QLabel*>(formLayout->labelForField(tenant)))
-        label->setText(v == 3 ? tr("Project:") : tr("Tenant:"));
+    const QList<QPair<QWidget*, QString>> rows = {
+        {version, chooseVersion ? tr("Auth version:") : QString()},
+        {tenant, v == 1 ? QString() : (v == 3 ? tr("Project:") : tr("Tenant:"))},
+        {domain, v == 3 ? tr("Domain:") : QString()},
+        {region, v == 1 ? QString() : tr("Region:")},
+    };
+    for (const auto& row : rows) {
+        int at = -1;
+        QFormLayout::ItemRole role;
+        formLayout->getWidgetPosition(row.first, &at, &role);
+        if (at < 0)
+            continue;
+        const QFormLayout::TakeRowResult taken = formLayout->takeRow(at);
+        if (taken.labelItem) {
+            delete taken.labelItem->widget();
+            delete taken.labelItem;
+        }
+        delete taken.fieldItem;
+        row.first->hide();
+    }
+    int at = -1;
+    QFormLayout::ItemRole role;
+    formLayout->getWidgetPosition(endpoint, &at, &role);
+    for (const auto& row : rows) {
+        if (row.second.isEmpty())
+            continue;
+        formLayout->insertRow(++at, row.second, row.first);
+        row.first->show();
+    }
     adjustSize();
 }
 
@@ -199,6 +217,7 @@ void OpenStack::Add::onLocationChosen()
         return;
     }
     endpoint->setText(url);
+    endpoint->setCursorPosition(0);
     onEndpointEdited();
     onCredsReset();
     onDataChanged();
@@ -211,7 +230,7 @@ void OpenStack::Add::onEndpointEdited()
         location->setCurrentIndex(at >= 0 ? at : location->count() - 1);
     }
     const int announced = versionOfUrl(endpoint->text());
-    if (announced != 0 && announced != authVersion() && version->isVisible()) {
+    if (announced != 0 && announced != authVersion() && chooseVersion) {
         version->setCurrentIndex(version->findData(announced));
         onVersionChanged();
     }
@@ -251,8 +270,10 @@ QJsonObject OpenStack::Add::document() const
         {endpointKey, helper.hasError() ? endpoint->text().trimmed() : helper.endpointWithScheme()},
         {containerKey, bucket->currentText()},
         {internalKey, internalUrl},
-        {regionKey, v == 1 ? QString() : region->text().trimmed()},
     };
+    // Without a region the first of the catalog serves; the view then shows no empty row.
+    if (v != 1 && !region->text().trimmed().isEmpty())
+        saved.insert(regionKey, region->text().trimmed());
     if (v == 2) {
         saved.insert(tenantKey, tenant->text().trimmed());
     } else if (v == 3) {

@@ -80,7 +80,6 @@ private:
     void onVersionChanged();
     void onLocationChosen();
     void onEndpointEdited();
-    void setRowShown(QWidget* field, bool shown);
 
     QComboBox* location; // owned as a child
     QComboBox* version; // owned as a child
@@ -88,6 +87,7 @@ private:
     QLineEdit* domain; // owned as a child
     QLineEdit* region; // owned as a child
     bool internalUrl = false;
+    bool chooseVersion = true;
 };
 
 } // namespace TWB::GUI::Settings::Account
