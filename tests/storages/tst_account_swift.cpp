@@ -303,6 +303,14 @@ private Q_SLOTS:
         QCOMPARE(form->locationBox()->isVisibleTo(form.get()), !form->endpointEdit()->text().isEmpty());
         const QString file = QStringLiteral("/account_swift_%1.png").arg(TWL::Cloud::typeName(TWL::Cloud::Type(type)));
         QVERIFY(form->grab().save(TestEnvironment::outputDir() + file));
+        if (type != TWL::Cloud::Openstack)
+            return;
+        Account::OpenStack::AdvancedStorage advanced(false, QStringLiteral("laptop"), true, nullptr);
+        advanced.show();
+        QVERIFY(advanced.grab().save(TestEnvironment::outputDir() + QStringLiteral("/account_swift_advanced.png")));
+        std::unique_ptr<Storages::AddContainer> container(form->addContainerDialog());
+        container->show();
+        QVERIFY(container->grab().save(TestEnvironment::outputDir() + QStringLiteral("/account_swift_container.png")));
     }
 };
 
