@@ -276,6 +276,26 @@ private Q_SLOTS:
         QVERIFY(view->fieldText(QStringLiteral("ApiKey")).isEmpty());
         QVERIFY(view->grab().save(TestEnvironment::outputDir() + QStringLiteral("/account_swift_view.png")));
 
+        // Opened again, the form signs in by itself and keeps what was saved.
+        QString kept;
+        ModalDriver<SwiftForm> editor([&kept](SwiftForm* form) {
+            if (!QTest::qWaitFor([form] { return form->isListLoaded(); }, listWait))
+                return form->reject();
+            kept = QStringList({form->bucketBox()->currentText(), form->tenantEdit()->text(),
+                                   form->versionBox()->currentText(), form->secretKeyEdit()->text()})
+                       .join(u'|');
+            form->displayNameEdit()->selectAll();
+            QTest::keyClicks(form->displayNameEdit(), QStringLiteral("Company cloud"));
+            QTest::mouseClick(form->okButton(), Qt::LeftButton);
+        });
+        page.onEditItem(shown->match(shown->index(0, 0), Qt::DisplayRole, QStringLiteral("Private cloud")).value(0));
+        QVERIFY(editor.ran());
+        QCOMPARE(kept,
+            QStringList(
+                {QStringLiteral("photos"), SwiftPeer::project(), QStringLiteral("3 (Keystone)"), SwiftPeer::key()})
+                .join(u'|'));
+        QCOMPARE(rowOf(QStringLiteral("Company cloud")), row);
+
         TWB::Test::RawClient client;
         QVERIFY(client.connectTo(m_env->socketPath()));
         const QUuid account(model()->index(row, 1).data().toString());
