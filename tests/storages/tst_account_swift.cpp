@@ -132,6 +132,7 @@ private Q_SLOTS:
 
     void signInOutcomes_data()
     {
+        QTest::addColumn<int>("type");
         QTest::addColumn<QString>("url");
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("project");
@@ -139,19 +140,29 @@ private Q_SLOTS:
         QTest::addColumn<QString>("message");
         const QString host = QStringLiteral("127.0.0.1:%1").arg(m_swift->port());
         const QString project = SwiftPeer::project();
-        QTest::newRow("TempAuth, wrong key") << m_swift->authUrl(1) << "not the key" << project << 1 << refused;
-        QTest::newRow("TempAuth") << m_swift->authUrl(1) << SwiftPeer::key() << project << 1 << QString();
-        QTest::newRow("Keystone v2") << m_swift->authUrl(2) << SwiftPeer::key() << project << 2 << QString();
+        QTest::newRow("TempAuth, wrong key")
+            << int(TWL::Cloud::Openstack) << m_swift->authUrl(1) << "not the key" << project << 1 << refused;
+        QTest::newRow("TempAuth") << int(TWL::Cloud::Openstack) << m_swift->authUrl(1) << SwiftPeer::key() << project
+                                  << 1 << QString();
+        QTest::newRow("Keystone v2") << int(TWL::Cloud::Openstack) << m_swift->authUrl(2) << SwiftPeer::key() << project
+                                     << 2 << QString();
         QTest::newRow("Keystone v3, other project")
-            << m_swift->authUrl(3) << SwiftPeer::key() << "sales" << 3 << refused;
-        QTest::newRow("Keystone v3") << m_swift->authUrl(3) << SwiftPeer::key() << project << 3 << QString();
+            << int(TWL::Cloud::Openstack) << m_swift->authUrl(3) << SwiftPeer::key() << "sales" << 3 << refused;
+        QTest::newRow("Keystone v3") << int(TWL::Cloud::Openstack) << m_swift->authUrl(3) << SwiftPeer::key() << project
+                                     << 3 << QString();
+        // Providers sign in with their own version, at a typed address as well as at their locations.
+        QTest::newRow("Rackspace, at another location")
+            << int(TWL::Cloud::Rackspace) << m_swift->authUrl(2) << SwiftPeer::key() << project << 2 << QString();
+        QTest::newRow("SoftLayer, at another location")
+            << int(TWL::Cloud::SoftLayer) << m_swift->authUrl(1) << SwiftPeer::key() << project << 1 << QString();
         QTest::newRow("no identity service there")
-            << QStringLiteral("http://%1/identity").arg(host) << SwiftPeer::key() << project << 3
+            << int(TWL::Cloud::Openstack) << QStringLiteral("http://%1/identity").arg(host) << SwiftPeer::key()
+            << project << 3
             << QStringLiteral("%1 has no identity service at this address. Check the auth URL and the auth version.")
                    .arg(host);
         const QString silent = QStringLiteral("127.0.0.1:%1").arg(CloudPeer::freePort());
-        QTest::newRow("nobody listens") << QStringLiteral("http://%1/v3").arg(silent) << SwiftPeer::key() << project
-                                        << 3
+        QTest::newRow("nobody listens") << int(TWL::Cloud::Openstack) << QStringLiteral("http://%1/v3").arg(silent)
+                                        << SwiftPeer::key() << project << 3
                                         << QStringLiteral("%1 could not be reached. Check the address and the "
                                                           "network connection.")
                                                .arg(silent);
@@ -159,17 +170,21 @@ private Q_SLOTS:
 
     void signInOutcomes()
     {
+        QFETCH(int, type);
         QFETCH(QString, url);
         QFETCH(QString, key);
         QFETCH(QString, project);
         QFETCH(int, version);
         QFETCH(QString, message);
         TWB::Test::LogCapture log;
-        auto form = newForm();
+        auto form = newForm(TWL::Cloud::Type(type));
         QVERIFY(form);
         form->show();
         fill(form.get(), QStringLiteral("Swift"), url, key, project);
         QCOMPARE(form->authVersion(), version);
+        // A typed address is none of the provider's locations.
+        if (form->locationBox()->count() > 0)
+            QCOMPARE(form->locationBox()->currentText(), QStringLiteral("Other"));
         QVERIFY(form->bucketBox()->isEnabled());
         QVERIFY(pressContainers(form.get()));
         QCOMPARE(form->messageText(), message);
