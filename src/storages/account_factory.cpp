@@ -7,6 +7,7 @@
 #include "storages/accounts/backblaze_b2.h"
 #include "storages/accounts/google.h"
 #include "storages/accounts/local.h"
+#include "storages/accounts/openstack.h"
 #include "storages/accounts/sftp.h"
 #include "storages/storages_update_watcher.h"
 
@@ -25,7 +26,7 @@ bool AccountFactory::canAdd(TWL::Cloud::Type type)
         return true;
     return Application::isStandalon()
         && (type == TWL::Cloud::AzureBlob || type == TWL::Cloud::BackBlaze || type == TWL::Cloud::GoogleStorage
-            || AmazonS3Compatible::traits(type, nullptr));
+            || AmazonS3Compatible::traits(type, nullptr) || OpenStack::traits(type, nullptr));
 }
 
 Storages::Info* AccountFactory::view(const QModelIndex& index)
@@ -47,6 +48,8 @@ Storages::Info* AccountFactory::view(const QModelIndex& index)
         info = new Google;
     else if (AmazonS3Compatible::traits(type, &traits))
         info = new AmazonS3Compatible(type, traits.showEndpoint);
+    else if (TWL::Cloud::openStackTypes().contains(type) && type != TWL::Cloud::GoogleStorage)
+        info = new OpenStack(type);
     if (!info) {
         // Accounts of back-ends without a form of their own still show their name and kind.
         info = new Storages::Info(type);
@@ -67,6 +70,8 @@ Storages::Add* AccountFactory::add(TWL::Cloud::Type type, QWidget* parent)
         return new BackblazeB2::Add(parent);
     if (Application::isStandalon() && type == TWL::Cloud::GoogleStorage)
         return new Google::Add(parent);
+    if (Application::isStandalon() && OpenStack::traits(type, nullptr))
+        return new OpenStack::Add(type, parent);
     AmazonS3Compatible::Traits traits {};
     if (Application::isStandalon() && AmazonS3Compatible::traits(type, &traits)) {
         if (type == TWL::Cloud::AmazonS3)

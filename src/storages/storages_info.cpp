@@ -12,6 +12,7 @@
 #include <QJsonObject>
 #include <QLabel>
 #include <QLocale>
+#include <QStyle>
 #include <QVBoxLayout>
 
 namespace TWB::GUI::Settings {
@@ -30,7 +31,11 @@ Storages::Info::Info(TWL::Cloud::Type type, QWidget* parent)
     head->addWidget(icon);
     head->addWidget(kind, 1);
     layout->addLayout(head);
+    // Rows of keys an account lacks are hidden; the space between rows lives in the rows themselves, so that
+    // a hidden row leaves no gap behind.
+    form->setVerticalSpacing(0);
     form->addRow(tr("Display Name:"), name);
+    spaceRow(name);
     layout->addLayout(form);
     layout->addStretch(1);
 }
@@ -42,9 +47,18 @@ void Storages::Info::addField(const QString& label, const QString& key, Delegate
     auto value = new ElidedLabel(this);
     value->setTextInteractionFlags(Qt::TextSelectableByMouse);
     form->addRow(label, value);
+    spaceRow(value);
     values.insert(key, value);
     if (delegate)
         delegates.insert(key, delegate);
+}
+
+void Storages::Info::spaceRow(QWidget* value)
+{
+    const int half = qMax(1, style()->pixelMetric(QStyle::PM_LayoutVerticalSpacing) / 2);
+    value->setContentsMargins(0, half, 0, half);
+    if (QWidget* label = form->labelForField(value))
+        label->setContentsMargins(0, half, 0, half);
 }
 
 QString Storages::Info::fieldText(const QString& key) const

@@ -41,6 +41,9 @@ public Q_SLOTS:
     virtual void updateItem(const QModelIndex& index);
 
 protected:
+    /// Spaces a row by margins of its own, which go away with the row when it is hidden.
+    void spaceRow(QWidget* value);
+
     const TWL::Cloud::Type type;
     QFormLayout* form; // owned by the widget's layout
     QLabel* name; // owned as a child

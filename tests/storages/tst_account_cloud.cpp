@@ -3,6 +3,7 @@
 #include "frame/model_names.h"
 #include "frame/shared_model_creator.h"
 #include "peers/modal_driver.h"
+#include "peers/round_trip.h"
 #include "platform/cloud/operation_manager.h"
 #include "platform/communication/connection_manager.h"
 #include "platform/crypt/local_password.h"
@@ -78,35 +79,10 @@ private:
         return std::unique_ptr<S3Form>(form);
     }
 
-    // A plan on the account backs up through twbd, and a restore plan brings its files back whole.
     void backsUpAndRestores(
         TWB::Test::RawClient& client, const QString& name, const std::function<bool(TWB::Info::Plan::Base*)>& onAccount)
     {
-        const QString source = m_env->root() + QLatin1Char('/') + name;
-        TWB::Test::EngineTestSupport::writeFile(
-            source + QStringLiteral("/scan.raw"), TWB::Test::EngineTestSupport::noise(256 * 1024, 7));
-        TWB::Test::EngineTestSupport::writeFile(source + QStringLiteral("/index.txt"), "index\n");
-        TWB::Info::Plan::BackupFile plan;
-        plan.setId(QUuid::createUuid());
-        plan.setName(name);
-        plan.setItems({source});
-        QVERIFY(onAccount(&plan));
-        QVERIFY(TWB::Test::EngineTestSupport::save(client, plan));
-        const TWB::Test::RunOutcome backup = TWB::Test::EngineTestSupport::run(client, plan.id());
-        QVERIFY2(backup.status == 6, qPrintable(backup.message));
-
-        TWB::Info::Plan::RestoreFile back;
-        back.setId(QUuid::createUuid());
-        back.setName(name + QStringLiteral(" back"));
-        QVERIFY(onAccount(&back));
-        const QString target = source + QStringLiteral("-out");
-        back.setRestoreItems({QStringLiteral("/TWB_VOLUMES/root") + source});
-        back.setRestoreToOriginalLocation(false);
-        back.setDestination(target);
-        QVERIFY(TWB::Test::EngineTestSupport::save(client, back));
-        const TWB::Test::RunOutcome restore = TWB::Test::EngineTestSupport::run(client, back.id());
-        QVERIFY2(restore.status == 6, qPrintable(restore.message));
-        QCOMPARE(TWB::Test::EngineTestSupport::tree(target + source), TWB::Test::EngineTestSupport::tree(source));
+        TWB::Test::backsUpAndRestores(client, m_env->root(), name, onAccount);
     }
 
     void fill(S3Form* form, const QString& name, const QString& secret)

@@ -190,7 +190,7 @@ private Q_SLOTS:
             QStringLiteral("Verizon"), QStringLiteral("Minio"), QStringLiteral("Wasabi"),
             QStringLiteral("Alibaba Cloud"), QStringLiteral("SFTP")};
         // Those with a form here; the others are shown but cannot be picked.
-        const QSet<int> built = {1, 2, 3, 7, 11, 12, 13, 14, 15, 19, 20, 21, 28, 29, 30, 31, 33};
+        const QSet<int> built = {1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 12, 13, 14, 15, 19, 20, 21, 28, 29, 30, 31, 33};
 
         Account::SelectStandalon chooser;
         QCOMPARE(texts(chooser.items()), order);

@@ -268,6 +268,24 @@ void OAuthPeer::exportEnvironment() const
     qputenv("TWB_GOOGLE_STORAGE_ENDPOINT", url().toUtf8());
     qputenv("TWB_GOOGLE_OAUTH_CLIENT_ID", clientId().toUtf8());
     qputenv("TWB_GOOGLE_OAUTH_CLIENT_SECRET", clientSecret().toUtf8());
+bool SwiftPeer::start(const QStringList& containers, const QStringList& objects)
+{
+    m_port = freePort();
+    QStringList arguments {QStringLiteral(TWB_SOURCE_DIR "/tests/support/swift_peer.py"), QStringLiteral("--port"),
+        QString::number(m_port), QStringLiteral("--user"), user(), QStringLiteral("--key"), key(),
+        QStringLiteral("--project"), project()};
+    for (const QString& name : containers)
+        arguments << QStringLiteral("--container") << name;
+    for (const QString& path : objects)
+        arguments << QStringLiteral("--object") << path;
+    m_process.start(QStringLiteral("python3"), arguments);
+    return m_process.waitForStarted() && waitForPort(m_port, 20000, &m_process);
+}
+
+QString SwiftPeer::authUrl(int version) const
+{
+    static const char* const paths[] = {"/auth/v1.0", "/v2.0", "/v3"};
+    return QStringLiteral("http://127.0.0.1:%1%2").arg(m_port).arg(QLatin1String(paths[qBound(1, version, 3) - 1]));
 }
 
 } // namespace TWB::Test

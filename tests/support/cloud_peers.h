@@ -100,6 +100,18 @@ public:
     static QString project() { return QStringLiteral("tidewrack-tests"); }
     /// Points the console's Google addresses and OAuth client at this peer.
     void exportEnvironment() const;
+/// A Swift server of our own (tests/support/swift_peer.py) with one user, signing in through TempAuth and
+/// Keystone v2 and v3; it keeps what it is given in memory.
+class SwiftPeer final : public CloudPeer
+{
+public:
+    /// The containers exist from the start, and so do the objects ("container/name").
+    bool start(const QStringList& containers = QStringList(), const QStringList& objects = QStringList());
+    /// The identity URL for an authentication version: 1, 2 or 3.
+    QString authUrl(int version) const;
+    static QString user() { return QStringLiteral("tester"); }
+    static QString key() { return QStringLiteral("swift Key 7"); }
+    static QString project() { return QStringLiteral("backups"); }
 };
 
 } // namespace TWB::Test

@@ -23,6 +23,11 @@ bool has(const QString& text, std::initializer_list<const char*> words)
     return false;
 }
 
+bool isSwift(const RcloneRemote& remote)
+{
+    return openStackTypes().contains(remote.type) && remote.type != GoogleStorage;
+}
+
 QString credentialsSentence(const RcloneRemote& remote)
 {
     switch (remote.type) {
@@ -33,8 +38,8 @@ QString credentialsSentence(const RcloneRemote& remote)
     case BackBlaze:
         return tr("Backblaze refused the account ID or the application key.");
     default:
-        if (openStackTypes().contains(remote.type) && remote.type != GoogleStorage)
-            return tr("The storage refused the user name or the API key.");
+        if (isSwift(remote))
+            return tr("The identity service refused the user name or the key, or the tenant or project.");
         return tr("The storage refused the access key.");
     }
 }
@@ -63,8 +68,14 @@ Failure explainRclone(const RcloneRemote& remote, const QByteArray& errors, cons
     if (has(text,
             {"InvalidAccessKeyId", "InvalidClientTokenId", "AuthenticationFailed", "unable to authenticate",
                 "bad_auth_token", "unauthorized", "Invalid credentials", "invalid_grant", "401 ", "status 401",
-                "AccountNameInvalid", "InvalidAuthenticationInfo", "incorrect account", "bad credentials"}))
+                "AccountNameInvalid", "InvalidAuthenticationInfo", "incorrect account", "bad credentials",
+                "Authorization Failed"}))
         return {IOperation::WrongCredentials, credentialsSentence(remote)};
+    // Swift signs in before anything else: a page missing there means the identity URL is wrong.
+    if (isSwift(remote) && has(text, {"Failed to create file system"})
+        && has(text, {"HTTP Error: 404", "404 Not Found"}))
+        return {IOperation::BadConfiguration,
+            tr("%1 has no identity service at this address. Check the auth URL and the auth version.").arg(host)};
     if (has(text, {"BucketAlreadyExists", "ContainerAlreadyExists", "ContainerBeingDeleted"}))
         return {IOperation::ContainerExists,
             tr("The name \"%1\" is taken: bucket names are shared by all users of the service. Choose another.")
@@ -80,6 +91,8 @@ Failure explainRclone(const RcloneRemote& remote, const QByteArray& errors, cons
                 "NotFound", "no such file or directory", "file does not exist"})) {
         if (container.isEmpty())
             return {IOperation::NoSuchContainer, tr("The folder does not exist on %1.").arg(host)};
+        if (isSwift(remote))
+            return {IOperation::NoSuchContainer, tr("There is no container \"%1\" on %2.").arg(container, host)};
         return {IOperation::NoSuchContainer,
             buckets ? tr("There is no bucket \"%1\" on %2.").arg(container, host)
                     : tr("There is no folder \"%1\" on %2.").arg(container, host)};
