@@ -136,11 +136,17 @@ const QStringList step2 = {
                    " updated_utc TEXT NOT NULL)"),
 };
 
+// What the scheduler needs of each plan, its schedules in a short form, so that working out next
+// runs reads no plan document. Empty for plans saved before: those are read in full once.
+const QStringList step3 = {
+    QStringLiteral("ALTER TABLE plans ADD COLUMN timing TEXT NOT NULL DEFAULT ''"),
+};
+
 } // namespace
 
 int Migrations::count()
 {
-    return 2;
+    return 3;
 }
 
 QStringList Migrations::step(int version)
@@ -150,6 +156,8 @@ QStringList Migrations::step(int version)
         return step1;
     case 2:
         return step2;
+    case 3:
+        return step3;
     default:
         return {};
     }

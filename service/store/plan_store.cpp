@@ -40,7 +40,7 @@ namespace {
 const QString summaryColumns = QStringLiteral(
     "id, name, subtype, type, storage_id, schedule_text, next_run_utc, next_run_full_utc, status, "
     "last_run_message, last_run_status, last_run_utc, last_duration, last_uploaded_count, last_failed_count, "
-    "last_uploaded_size, last_file_count, last_file_size");
+    "last_uploaded_size, last_file_count, last_file_size, timing");
 
 PlanRecord fromRow(const QSqlQuery& row)
 {
@@ -67,6 +67,7 @@ PlanRecord fromRow(const QSqlQuery& row)
         last.fileSize = row.value(17).toLongLong();
         plan.lastRun = last;
     }
+    plan.timing = row.value(18).toString();
     return plan;
 }
 
@@ -110,7 +111,7 @@ PlanListCache& PlanStore::list()
     m_database.exec(query);
     while (query.next()) {
         fresh->plans.append(fromRow(query));
-        fresh->created.append(query.value(18).toString());
+        fresh->created.append(query.value(19).toString());
     }
     fresh->dataVersion = version;
     fresh->reindex();
@@ -132,7 +133,7 @@ std::optional<PlanRecord> PlanStore::find(const QUuid& id)
     if (!query.next())
         return std::nullopt;
     PlanRecord plan = fromRow(query);
-    plan.xml = SHARED::cryptNS::decrypt_local_password(query.value(18).toString());
+    plan.xml = SHARED::cryptNS::decrypt_local_password(query.value(19).toString());
     if (plan.xml.isEmpty())
         throw QStringLiteral("The stored plan %1 cannot be deciphered with the key in secret.key").arg(id.toString());
     return plan;
@@ -150,7 +151,7 @@ bool PlanStore::save(const PlanRecord& plan)
     const QString xml = sealed(plan);
     QSqlQuery update = m_database.prepare(
         QStringLiteral("UPDATE plans SET name = ?, subtype = ?, type = ?, storage_id = ?, schedule_text = ?, "
-                       "next_run_utc = ?, next_run_full_utc = ?, xml = ?, updated_utc = ? WHERE id = ?"));
+                       "next_run_utc = ?, next_run_full_utc = ?, xml = ?, timing = ?, updated_utc = ? WHERE id = ?"));
     update.addBindValue(Database::text(plan.name));
     update.addBindValue(plan.subtype);
     update.addBindValue(plan.type);
@@ -159,6 +160,7 @@ bool PlanStore::save(const PlanRecord& plan)
     update.addBindValue(Database::text(StoreTime::toText(plan.nextRun)));
     update.addBindValue(Database::text(StoreTime::toText(plan.nextRunFull)));
     update.addBindValue(Database::text(xml));
+    update.addBindValue(Database::text(plan.timing));
     update.addBindValue(Database::text(now));
     update.addBindValue(Database::text(plan.id.toString()));
     m_database.exec(update);
@@ -172,6 +174,7 @@ bool PlanStore::save(const PlanRecord& plan)
                 kept->scheduleText = Database::text(plan.scheduleText);
                 kept->nextRun = stored(plan.nextRun);
                 kept->nextRunFull = stored(plan.nextRunFull);
+                kept->timing = Database::text(plan.timing);
             } else {
                 m_database.dropCaches();
             }
@@ -180,8 +183,8 @@ bool PlanStore::save(const PlanRecord& plan)
     }
     QSqlQuery insert = m_database.prepare(
         QStringLiteral("INSERT INTO plans (id, name, subtype, type, storage_id, schedule_text, next_run_utc, "
-                       "next_run_full_utc, xml, status, created_utc, updated_utc) "
-                       "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+                       "next_run_full_utc, xml, timing, status, created_utc, updated_utc) "
+                       "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
     insert.addBindValue(Database::text(plan.id.toString()));
     insert.addBindValue(Database::text(plan.name));
     insert.addBindValue(plan.subtype);
@@ -191,6 +194,7 @@ bool PlanStore::save(const PlanRecord& plan)
     insert.addBindValue(Database::text(StoreTime::toText(plan.nextRun)));
     insert.addBindValue(Database::text(StoreTime::toText(plan.nextRunFull)));
     insert.addBindValue(Database::text(xml));
+    insert.addBindValue(Database::text(plan.timing));
     insert.addBindValue(plan.status);
     insert.addBindValue(Database::text(now));
     insert.addBindValue(Database::text(now));
@@ -200,6 +204,7 @@ bool PlanStore::save(const PlanRecord& plan)
         summary.xml.clear();
         summary.name = Database::text(plan.name);
         summary.scheduleText = Database::text(plan.scheduleText);
+        summary.timing = Database::text(plan.timing);
         summary.nextRun = stored(plan.nextRun);
         summary.nextRunFull = stored(plan.nextRunFull);
         summary.lastRun.reset();
@@ -242,6 +247,37 @@ void PlanStore::setNextRun(const QUuid& id, const QDateTime& nextRun, const QDat
             plan->nextRun = stored(nextRun);
             plan->nextRunFull = stored(nextRunFull);
         }
+    }
+}
+
+void PlanStore::setNextRuns(const QVector<NextRuns>& runs)
+{
+    if (runs.isEmpty())
+        return;
+    QSqlQuery query
+        = m_database.prepare(QStringLiteral("UPDATE plans SET next_run_utc = ?, next_run_full_utc = ? WHERE id = ?"));
+    PlanListCache* cache = kept();
+    for (const NextRuns& run : runs) {
+        query.bindValue(0, Database::text(StoreTime::toText(run.nextRun)));
+        query.bindValue(1, Database::text(StoreTime::toText(run.nextRunFull)));
+        query.bindValue(2, Database::text(run.id.toString()));
+        m_database.exec(query);
+        if (PlanRecord* plan = cache ? cache->find(run.id) : nullptr) {
+            plan->nextRun = stored(run.nextRun);
+            plan->nextRunFull = stored(run.nextRunFull);
+        }
+    }
+}
+
+void PlanStore::setTiming(const QUuid& id, const QString& timing)
+{
+    QSqlQuery query = m_database.prepare(QStringLiteral("UPDATE plans SET timing = ? WHERE id = ?"));
+    query.addBindValue(Database::text(timing));
+    query.addBindValue(Database::text(id.toString()));
+    m_database.exec(query);
+    if (PlanListCache* cache = kept()) {
+        if (PlanRecord* plan = cache->find(id))
+            plan->timing = Database::text(timing);
     }
 }
 
