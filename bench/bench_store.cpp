@@ -257,7 +257,7 @@ int main(int argc, char** argv)
     {
         Database store(service.storeFile());
         store.open();
-        store.exec(QStringLiteral("UPDATE plans SET next_run_utc = '20000101000000'"));
+        store.exec(QStringLiteral("UPDATE plan_timings SET next_run_utc = '20000101000000'"));
     }
     service.start();
     RawClient cold;

@@ -136,10 +136,21 @@ const QStringList step2 = {
                    " updated_utc TEXT NOT NULL)"),
 };
 
-// What the scheduler needs of each plan, its schedules in a short form, so that working out next
-// runs reads no plan document. Empty for plans saved before: those are read in full once.
+// What the scheduler reads and writes of each plan, in a narrow table of its own: moving the next
+// runs of 10,000 plans rewrote every page of the plans, documents and all, and the write of tens of
+// megabytes kept the first commands after a long sleep waiting. The timing is the plan's schedules
+// in a short form, so that working out next runs reads no plan document; empty for plans saved
+// before, which are read in full once.
 const QStringList step3 = {
-    QStringLiteral("ALTER TABLE plans ADD COLUMN timing TEXT NOT NULL DEFAULT ''"),
+    QStringLiteral("CREATE TABLE plan_timings ("
+                   " plan_id TEXT PRIMARY KEY REFERENCES plans(id) ON DELETE CASCADE,"
+                   " timing TEXT NOT NULL DEFAULT '',"
+                   " next_run_utc TEXT NOT NULL DEFAULT '',"
+                   " next_run_full_utc TEXT NOT NULL DEFAULT '')"),
+    QStringLiteral("INSERT INTO plan_timings (plan_id, next_run_utc, next_run_full_utc)"
+                   " SELECT id, next_run_utc, next_run_full_utc FROM plans"),
+    QStringLiteral("ALTER TABLE plans DROP COLUMN next_run_utc"),
+    QStringLiteral("ALTER TABLE plans DROP COLUMN next_run_full_utc"),
 };
 
 } // namespace

@@ -82,6 +82,7 @@ public:
     QStringList namesUsingStorage(const QUuid& storage);
 
 private:
+    void saveTimings(const PlanRecord& plan);
     /// The kept list, read anew when there is none or another connection changed the file.
     PlanListCache& list();
     /// The kept list when it is current, to be updated with a write; null otherwise.
