@@ -11,6 +11,7 @@
 
 #include "platform/plan/backup_file.h"
 #include "service/catalog/version_catalog.h"
+#include "service/schedule/schedule_timing.h"
 #include "service/store/database.h"
 #include "service/store/history_store.h"
 #include "service/store/plan_store.h"
@@ -64,9 +65,8 @@ void report(const char* what, const Figures& f, const QString& extra = QString()
     std::fflush(stdout);
 }
 
-QString planXml(const QUuid& id, int n, const QUuid& storage)
+void describe(TWB::Info::Plan::BackupFile& plan, const QUuid& id, int n, const QUuid& storage)
 {
-    TWB::Info::Plan::BackupFile plan;
     plan.setId(id);
     plan.setName(QStringLiteral("Plan %1").arg(n, 5, 10, QLatin1Char('0')));
     plan.setStorage(storage);
@@ -74,6 +74,12 @@ QString planXml(const QUuid& id, int n, const QUuid& storage)
     plan.schedule().setEnable(true);
     plan.schedule().setType(TWB::Info::Plan::Schedule::Recurring);
     plan.schedule().setOccursAt(QTime(n % 24, n % 60));
+}
+
+QString planXml(const QUuid& id, int n, const QUuid& storage)
+{
+    TWB::Info::Plan::BackupFile plan;
+    describe(plan, id, n, storage);
     return plan.toXml();
 }
 
@@ -124,7 +130,11 @@ int main(int argc, char** argv)
             for (int i = 0; i < plans; ++i) {
                 PlanRecord record;
                 record.id = QUuid::createUuid();
-                record.xml = planXml(record.id, i, account);
+                TWB::Info::Plan::BackupFile plan;
+                describe(plan, record.id, i, account);
+                record.xml = plan.toXml();
+                // As PlanUpdate stores it.
+                record.timing = ScheduleTiming::of(plan);
                 record.name = QStringLiteral("Plan %1").arg(i, 5, 10, QLatin1Char('0'));
                 record.storage = account;
                 record.nextRun = now.addSecs(3600 + i);
@@ -247,7 +257,7 @@ int main(int argc, char** argv)
     {
         Database store(service.storeFile());
         store.open();
-        store.exec(QStringLiteral("UPDATE plans SET next_run_utc = '20000101000000'"));
+        store.exec(QStringLiteral("UPDATE plan_timings SET next_run_utc = '20000101000000'"));
     }
     service.start();
     RawClient cold;

@@ -16,14 +16,13 @@
 #include "service/store/plan_store.h"
 #include "service/commands/responder.h"
 #include "service/schedule/schedule_description.h"
+#include "service/schedule/schedule_timing.h"
 #include "service/store/store_time.h"
 #include "service/store/transaction.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QSet>
-
-#include <cstdio>
 
 namespace TWB::Service {
 
@@ -72,41 +71,63 @@ public:
         else
             m_out.append("\"\"");
     }
-    void string(const QString& text)
+    void string(const QString& text) { utf8(text.toUtf8()); }
+    /// Text known to need no escapes, such as a UUID's.
+    void plain(const QByteArray& text) { m_out.append('"').append(text).append('"'); }
+    void utf8(const QByteArray& text)
     {
         m_out.append('"');
-        const QByteArray utf8 = text.toUtf8();
-        for (const char c : utf8) {
-            const auto byte = static_cast<unsigned char>(c);
+        // Runs without anything to escape go in whole: most names have nothing to escape.
+        const char* begin = text.constData();
+        const char* end = begin + text.size();
+        const char* run = begin;
+        for (const char* at = begin; at != end; ++at) {
+            const auto byte = static_cast<unsigned char>(*at);
+            if (byte != '"' && byte != '\\' && byte >= 0x20)
+                continue;
+            m_out.append(run, int(at - run));
             if (byte == '"' || byte == '\\') {
-                m_out.append('\\').append(c);
-            } else if (byte < 0x20) {
-                static const char hex[] = "0123456789abcdef";
-                m_out.append("\\u00").append(hex[byte >> 4]).append(hex[byte & 0xf]);
+                m_out.append('\\').append(*at);
             } else {
-                m_out.append(c);
+                static const char hex[] = "0123456789abcdef";
+                const char escaped[] = {'\\', 'u', '0', '0', hex[byte >> 4], hex[byte & 0xf]};
+                m_out.append(escaped, int(sizeof escaped));
             }
+            run = at + 1;
         }
+        m_out.append(run, int(end - run));
         m_out.append('"');
     }
     /// The form of StoreTime::toIso, "yyyy-MM-ddThh:mm:ssZ", or empty for no time.
     void time(const QDateTime& value)
     {
         if (!value.isValid()) {
-            m_out.append("\"\"");
+            m_out.append("\"\"", 2);
             return;
         }
         const QDateTime utc = value.timeSpec() == Qt::UTC ? value : value.toUTC();
-        const QDate d = utc.date();
-        const QTime t = utc.time();
-        if (d.year() < 0 || d.year() > 9999) {
+        int year = 0;
+        int month = 0;
+        int day = 0;
+        utc.date().getDate(&year, &month, &day);
+        const int secs = utc.time().msecsSinceStartOfDay() / 1000;
+        if (year < 0 || year > 9999) {
             string(StoreTime::toIso(utc));
             return;
         }
-        char text[24];
-        std::snprintf(text, sizeof text, "\"%04d-%02d-%02dT%02d:%02d:%02dZ\"", d.year(), d.month(), d.day(), t.hour(),
-            t.minute(), t.second());
-        m_out.append(text);
+        char text[22] = "\"0000-00-00T00:00:00Z";
+        auto put = [&text](int at, int value, int digits) {
+            for (int i = digits - 1; i >= 0; --i, value /= 10)
+                text[at + i] = char('0' + value % 10);
+        };
+        put(1, year, 4);
+        put(6, month, 2);
+        put(9, day, 2);
+        put(12, secs / 3600, 2);
+        put(15, secs / 60 % 60, 2);
+        put(18, secs % 60, 2);
+        text[21] = '"';
+        m_out.append(text, 22);
     }
 
 private:
@@ -121,7 +142,7 @@ void writeInfo(JsonWriter& json, const PlanRecord& plan)
     const PlanRecord::LastRun last = plan.lastRun.value_or(PlanRecord::LastRun());
     json.beginObject();
     json.key("ID");
-    json.string(plan.id.toString());
+    json.plain(plan.id.toByteArray());
     json.key("Name");
     json.string(plan.name);
     json.key("SubType");
@@ -131,7 +152,7 @@ void writeInfo(JsonWriter& json, const PlanRecord& plan)
     json.key("Status");
     json.number(plan.status);
     json.key("StorageId");
-    json.string(plan.storage.isNull() ? QString() : plan.storage.toString());
+    json.plain(plan.storage.isNull() ? QByteArray() : plan.storage.toByteArray());
     json.key("LastRunMessage");
     json.string(last.message);
     json.key("LastRunStatus");
@@ -304,6 +325,7 @@ void PlanCommands::update(const QJsonObject& request, const Responder& respond)
     record.type = plan->type();
     record.storage = plan->storage();
     record.scheduleText = ScheduleDescription::text(plan->schedule());
+    record.timing = ScheduleTiming::of(*plan);
     const QDateTime now = QDateTime::currentDateTimeUtc();
     record.nextRun = NextRun::after(plan->schedule(), now);
     if (const auto* backup = dynamic_cast<const TWB::Info::Plan::Backup*>(plan.get()))

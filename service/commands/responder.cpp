@@ -5,6 +5,10 @@
 #include "platform/logging/twl_debug.h"
 
 #include <QJsonDocument>
+#include <QLocalSocket>
+
+#include <sys/socket.h>
+#include <sys/uio.h>
 
 namespace TWB::Service {
 
@@ -56,11 +60,37 @@ struct Responder::State
     {
         if (!claim())
             return;
-        QByteArray line = QJsonDocument(envelope(true, QString())).toJson(QJsonDocument::Compact);
-        line.chop(1); // the closing brace: "data" goes in before it
-        line.reserve(line.size() + data.size() + 12);
-        line.append(",\"data\":").append(data).append("}\n");
-        client->sendRaw(line);
+        QByteArray head = QJsonDocument(envelope(true, QString())).toJson(QJsonDocument::Compact);
+        head.chop(1); // the closing brace: "data" goes in before it
+        head.append(",\"data\":");
+        static const char tail[] = "}\n";
+        // A reply of megabytes copied into Qt's write buffer costs more than everything else a
+        // list does: when nothing waits before it, the kernel takes what it can straight from here.
+        qint64 sent = 0;
+        QLocalSocket* socket = client->socket();
+        if (socket && socket->state() == QLocalSocket::ConnectedState && socket->bytesToWrite() == 0) {
+            iovec parts[3] = {{head.data(), size_t(head.size())},
+                {const_cast<char*>(data.constData()), size_t(data.size())}, {const_cast<char*>(tail), 2}};
+            msghdr message {};
+            message.msg_iov = parts;
+            message.msg_iovlen = 3;
+            const ssize_t written = ::sendmsg(int(socket->socketDescriptor()), &message, MSG_DONTWAIT | MSG_NOSIGNAL);
+            sent = written > 0 ? written : 0;
+        }
+        const qint64 total = head.size() + data.size() + 2;
+        if (sent == total)
+            return;
+        // The rest goes the usual way, so that Qt writes it as the console reads.
+        QByteArray rest;
+        rest.reserve(int(total - sent));
+        if (sent < head.size())
+            rest.append(head.constData() + sent, int(head.size() - sent));
+        const qint64 fromData = qMax<qint64>(0, sent - head.size());
+        if (fromData < data.size())
+            rest.append(data.constData() + fromData, int(data.size() - fromData));
+        const qint64 fromTail = qMax<qint64>(0, sent - head.size() - data.size());
+        rest.append(tail + fromTail, int(2 - fromTail));
+        client->sendRaw(rest);
     }
 
     ~State()

@@ -76,6 +76,15 @@ bool dayAllowed(const Schedule& schedule, const QDate& date)
     return false;
 }
 
+// The local clock's offset from UTC at an instant, in milliseconds. One conversion to local time:
+// offsetFromUtc() of a local QDateTime converts back again, and a pass over thousands of plans
+// spends most of its time in these conversions.
+qint64 localOffsetMs(qint64 utcMs)
+{
+    const QDateTime shown = QDateTime::fromMSecsSinceEpoch(utcMs, Qt::UTC).toLocalTime();
+    return QDateTime(shown.date(), shown.time(), Qt::UTC).toMSecsSinceEpoch() - utcMs;
+}
+
 // The first moment at which the local clock shows `time` on `date`, or an invalid time when it
 // never does. Worked out from the offsets around it rather than left to mktime(), which resolves a
 // time shown twice by whatever it saw last.
@@ -84,11 +93,17 @@ QDateTime firstLocalMoment(const QDate& date, const QTime& time)
     const QDateTime wall(date, time, Qt::UTC);
     const qint64 wallMs = wall.toMSecsSinceEpoch();
     QDateTime first;
+    qint64 tried = -1;
     for (const qint64 probe : {wallMs - 12 * 3600 * 1000LL, wallMs + 12 * 3600 * 1000LL}) {
-        const int offset = QDateTime::fromMSecsSinceEpoch(probe, Qt::LocalTime).offsetFromUtc();
-        const QDateTime candidate = QDateTime::fromMSecsSinceEpoch(wallMs - offset * 1000LL, Qt::UTC);
-        const QDateTime shown = candidate.toLocalTime();
-        if (shown.date() == date && shown.time() == time && (!first.isValid() || candidate < first))
+        const qint64 candidateMs = wallMs - localOffsetMs(probe);
+        // Most days have one offset: the second probe then names the same moment.
+        if (candidateMs == tried)
+            continue;
+        tried = candidateMs;
+        if (candidateMs - wallMs + localOffsetMs(candidateMs) != 0)
+            continue;
+        const QDateTime candidate = QDateTime::fromMSecsSinceEpoch(candidateMs, Qt::UTC);
+        if (!first.isValid() || candidate < first)
             first = candidate;
     }
     return first;
@@ -124,11 +139,13 @@ bool overnight(const Schedule& schedule)
 // within a day follow the clock on the wall: every 90 minutes from 00:00 is 00:00, 01:30, 03:00,
 // whatever the clock did in between. With `tail`, the slots on `date` of an overnight window that
 // began the day before.
-QDateTime firstOnDay(const Schedule& schedule, const QDate& date, const QDateTime& after, bool tail = false)
+// `afterMs` is `after` as an instant: comparing with a local time converts it again each time.
+QDateTime firstOnDay(
+    const Schedule& schedule, const QDate& date, const QDateTime& after, qint64 afterMs, bool tail = false)
 {
     if (!schedule.dailyRecurrence()) {
         const QDateTime at = localMoment(date, schedule.occursAt().isValid() ? schedule.occursAt() : QTime(0, 0));
-        return at.isValid() && at > after ? at : QDateTime();
+        return at.isValid() && at.toMSecsSinceEpoch() > afterMs ? at : QDateTime();
     }
     const Schedule::OccursEvery every = schedule.occursEvery();
     if (every.period <= 0 || !every.start.isValid())
@@ -156,7 +173,7 @@ QDateTime firstOnDay(const Schedule& schedule, const QDate& date, const QDateTim
     }
     for (; secs <= limit; secs += periodSecs) {
         const QDateTime at = localMoment(date, QTime::fromMSecsSinceStartOfDay((secs - from) * 1000));
-        if (at.isValid() && at > after)
+        if (at.isValid() && at.toMSecsSinceEpoch() > afterMs)
             return at;
     }
     return QDateTime();
@@ -169,6 +186,7 @@ QDateTime NextRun::after(const Schedule& schedule, const QDateTime& after)
     if (!schedule.isEnable())
         return QDateTime();
     const QDateTime local = after.toLocalTime();
+    const qint64 afterMs = after.toMSecsSinceEpoch();
     if (schedule.type() == Schedule::SpecificDate) {
         // The store keeps whole seconds: a due time with milliseconds would come back due again.
         QDateTime at = schedule.specificDate();
@@ -180,13 +198,13 @@ QDateTime NextRun::after(const Schedule& schedule, const QDateTime& after)
         const QDate day = local.date().addDays(offset);
         // The early hours of a day belong to a window that began the day before.
         if (acrossMidnight && dayAllowed(schedule, day.addDays(-1))) {
-            const QDateTime at = firstOnDay(schedule, day, local, true);
+            const QDateTime at = firstOnDay(schedule, day, local, afterMs, true);
             if (at.isValid())
                 return at.toUTC();
         }
         if (!dayAllowed(schedule, day))
             continue;
-        const QDateTime at = firstOnDay(schedule, day, local);
+        const QDateTime at = firstOnDay(schedule, day, local, afterMs);
         if (at.isValid())
             return at.toUTC();
     }

@@ -2,16 +2,23 @@
 
 #include "platform/communication/notification_types.h"
 #include "platform/logging/twl_debug.h"
-#include "platform/plan/backup.h"
+#include "platform/plan/schedule.h"
+#include "platform/plan/base.h"
 #include "platform/plan/factory.h"
 #include "service/store/database.h"
 #include "service/engine/engine.h"
 #include "service/schedule/next_run.h"
+#include "service/schedule/schedule_timing.h"
 #include "service/store/plan_store.h"
 #include "service/server/service_server.h"
 #include "service/store/transaction.h"
 
+#include <QHash>
+#include <QSet>
+#include <QVector>
+
 #include <memory>
+#include <optional>
 
 namespace TWB::Service {
 
@@ -39,6 +46,67 @@ void Scheduler::plansChanged()
     arm();
 }
 
+namespace {
+
+/// Next runs worked out once per schedule and moment: plans made alike share their schedules.
+class NextRuns final
+{
+public:
+    explicit NextRuns(const QDateTime& now)
+        : m_now(now)
+    { }
+
+    /// The next run of a schedule in its short text; none when the text does not read.
+    std::optional<QDateTime> of(const QString& scheduleText)
+    {
+        const auto known = m_known.constFind(scheduleText);
+        if (known != m_known.constEnd())
+            return known.value();
+        std::optional<QDateTime> next;
+        TWB::Info::Plan::Schedule schedule;
+        if (ScheduleTiming::readSchedule(scheduleText, &schedule))
+            next = NextRun::after(schedule, m_now);
+        m_known.insert(scheduleText, next);
+        return next;
+    }
+
+private:
+    QDateTime m_now;
+    QHash<QString, std::optional<QDateTime>> m_known;
+};
+
+/// A plan's next runs at `now`, from its timing; false when the timing is unknown or does not read.
+bool nextRunsOf(const ScheduleTiming& timing, NextRuns& memo, QDateTime* next, QDateTime* nextFull)
+{
+    const std::optional<QDateTime> plain = memo.of(timing.schedule);
+    if (!plain)
+        return false;
+    *next = *plain;
+    if (!timing.full.isEmpty()) {
+        const std::optional<QDateTime> full = memo.of(timing.full);
+        if (!full)
+            return false;
+        *nextFull = *full;
+    }
+    return true;
+}
+
+} // namespace
+
+bool Scheduler::timingOf(PlanStore& store, const PlanRecord& plan, ScheduleTiming* timing)
+{
+    if (ScheduleTiming::read(plan.timing, timing))
+        return true;
+    // Saved before the store kept timings: read from the document once, and kept from now on.
+    const std::optional<PlanRecord> full = store.find(plan.id);
+    std::unique_ptr<TWB::Info::Plan::Base> object(full ? TWB::Info::Plan::Factory::create(full->xml) : nullptr);
+    if (!object)
+        return false;
+    const QString text = ScheduleTiming::of(*object);
+    store.setTiming(plan.id, text);
+    return ScheduleTiming::read(text, timing);
+}
+
 void Scheduler::pass(bool atStart)
 {
     const QDateTime now = m_clock();
@@ -49,20 +117,24 @@ void Scheduler::pass(bool atStart)
     QList<QUuid> changed;
     if (atStart || movedBack)
         changed = settle(now);
+    QSet<QUuid> noted(changed.cbegin(), changed.cend());
     try {
         PlanStore store(m_database);
         const QList<PlanRecord> plans = store.all();
+        NextRuns memo(now);
+        QVector<PlanStore::NextRuns> moved;
         for (const PlanRecord& plan : plans) {
             const bool due = plan.nextRun.isValid() && plan.nextRun <= now;
             const bool fullDue = plan.nextRunFull.isValid() && plan.nextRunFull <= now;
             if (!due && !fullDue)
                 continue;
-            const std::optional<PlanRecord> full = store.find(plan.id);
-            std::unique_ptr<TWB::Info::Plan::Base> object(full ? TWB::Info::Plan::Factory::create(full->xml) : nullptr);
-            if (!object)
+            ScheduleTiming timing;
+            QDateTime next;
+            QDateTime nextFull = plan.nextRunFull;
+            if (!timingOf(store, plan, &timing) || !nextRunsOf(timing, memo, &next, &nextFull))
                 continue;
             // A time that passed while the service was down counts only for plans that ask for it.
-            const bool run = !atStart || object->runMuissedPlan();
+            const bool run = !atStart || timing.runMissed;
             if (run && m_engine.isRunning(plan.id)) {
                 TWL::TwlDebug("TWB").info() << "Plan" << plan.id.toString() << "is due but runs already";
             } else if (run) {
@@ -80,15 +152,16 @@ void Scheduler::pass(bool atStart)
                     }
                 }
             }
-            const QDateTime next = NextRun::after(object->schedule(), now);
-            QDateTime nextFull = plan.nextRunFull;
-            if (const auto* backup = dynamic_cast<const TWB::Info::Plan::Backup*>(object.get()))
-                nextFull = NextRun::after(backup->forceFullSchedule(), now);
-            Transaction transaction(m_database);
-            store.setNextRun(plan.id, next, nextFull);
-            transaction.commit();
-            if (!changed.contains(plan.id))
+            moved.append({plan.id, next, nextFull});
+            if (!noted.contains(plan.id)) {
+                noted.insert(plan.id);
                 changed << plan.id;
+            }
+        }
+        if (!moved.isEmpty()) {
+            Transaction transaction(m_database);
+            store.setNextRuns(moved);
+            transaction.commit();
         }
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << "The scheduler could not read the plans:" << text;
@@ -124,33 +197,36 @@ QList<QUuid> Scheduler::settle(const QDateTime& now)
     try {
         PlanStore store(m_database);
         const QList<PlanRecord> plans = store.all();
+        NextRuns memo(now);
+        QVector<PlanStore::NextRuns> moved;
         for (const PlanRecord& plan : plans) {
             if (!(plan.nextRun.isValid() && plan.nextRun > now)
                 && !(plan.nextRunFull.isValid() && plan.nextRunFull > now))
                 continue;
-            const std::optional<PlanRecord> full = store.find(plan.id);
-            std::unique_ptr<TWB::Info::Plan::Base> object(full ? TWB::Info::Plan::Factory::create(full->xml) : nullptr);
-            if (!object)
+            ScheduleTiming timing;
+            QDateTime expected;
+            QDateTime expectedFull;
+            if (!timingOf(store, plan, &timing) || !nextRunsOf(timing, memo, &expected, &expectedFull))
                 continue;
             QDateTime next = plan.nextRun;
             QDateTime nextFull = plan.nextRunFull;
-            const QDateTime expected = NextRun::after(object->schedule(), now);
             if (next.isValid() && next > now && expected.isValid() && expected < next)
                 next = expected;
-            if (const auto* backup = dynamic_cast<const TWB::Info::Plan::Backup*>(object.get())) {
-                const QDateTime expectedFull = NextRun::after(backup->forceFullSchedule(), now);
-                if (nextFull.isValid() && nextFull > now && expectedFull.isValid() && expectedFull < nextFull)
-                    nextFull = expectedFull;
-            }
+            if (!timing.full.isEmpty() && nextFull.isValid() && nextFull > now && expectedFull.isValid()
+                && expectedFull < nextFull)
+                nextFull = expectedFull;
             if (next == plan.nextRun && nextFull == plan.nextRunFull)
                 continue;
             TWL::TwlDebug("TWB").info() << "The clock went back: plan" << plan.id.toString() << "runs next at"
                                         << next.toString(Qt::ISODate) << "instead of"
                                         << plan.nextRun.toString(Qt::ISODate);
-            Transaction transaction(m_database);
-            store.setNextRun(plan.id, next, nextFull);
-            transaction.commit();
+            moved.append({plan.id, next, nextFull});
             changed << plan.id;
+        }
+        if (!moved.isEmpty()) {
+            Transaction transaction(m_database);
+            store.setNextRuns(moved);
+            transaction.commit();
         }
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << "The scheduler could not read the plans:" << text;

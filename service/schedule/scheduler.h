@@ -11,7 +11,10 @@ namespace TWB::Service {
 
 class Database;
 class Engine;
+class PlanStore;
 class ServiceServer;
+struct PlanRecord;
+struct ScheduleTiming;
 
 /// Starts plans when their schedule says so, and full backups when the full-backup schedule does.
 /// It owns "NextRun" and "NextRunFull" of the store: when a time passes, the plan runs (unless it
@@ -44,6 +47,8 @@ private:
     /// After the clock moved back, stored times can lie further ahead than the schedules allow:
     /// those are computed again from now. Returns the plans whose times changed.
     QList<QUuid> settle(const QDateTime& now);
+    /// The plan's timing as the store keeps it, or read from its document when the store has none.
+    bool timingOf(PlanStore& store, const PlanRecord& plan, ScheduleTiming* timing);
 
     Database& m_database;
     Engine& m_engine;

@@ -13,6 +13,7 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -36,6 +37,11 @@ namespace {
 // Unread input a console connection may keep inside Qt; the rest waits in the kernel, and so
 // with the console that sends it.
 const qint64 socketReadBuffer = 1024 * 1024;
+
+// What the kernel may hold of the replies to one console. With its default of about 200 KiB a list
+// of 10,000 plans (4 MiB) crossed in twenty turns of both event loops, each a wait for the other
+// process to be scheduled; the kernel caps the size at net.core.wmem_max.
+const int socketSendBuffer = 4 * 1024 * 1024;
 
 QByteArray native(const QString& path)
 {
@@ -179,6 +185,8 @@ void ServiceServer::onNewConnection()
             continue;
         }
         socket->setReadBufferSize(socketReadBuffer);
+        const int sendBuffer = socketSendBuffer;
+        ::setsockopt(int(socket->socketDescriptor()), SOL_SOCKET, SO_SNDBUF, &sendBuffer, sizeof sendBuffer);
         auto* client = new JsonLineSocket(socket, socket);
         m_clients.append(client);
         connect(client, &JsonLineSocket::wrote, this, [this, client] { checkPending(client); });

@@ -37,10 +37,12 @@ struct PlanListCache
 
 namespace {
 
+// A plan's row and its timings: every plan has both, written together.
 const QString summaryColumns = QStringLiteral(
-    "id, name, subtype, type, storage_id, schedule_text, next_run_utc, next_run_full_utc, status, "
-    "last_run_message, last_run_status, last_run_utc, last_duration, last_uploaded_count, last_failed_count, "
-    "last_uploaded_size, last_file_count, last_file_size");
+    "p.id, p.name, p.subtype, p.type, p.storage_id, p.schedule_text, t.next_run_utc, t.next_run_full_utc, p.status, "
+    "p.last_run_message, p.last_run_status, p.last_run_utc, p.last_duration, p.last_uploaded_count, "
+    "p.last_failed_count, p.last_uploaded_size, p.last_file_count, p.last_file_size, t.timing");
+const QString planTables = QStringLiteral("plans p LEFT JOIN plan_timings t ON t.plan_id = p.id");
 
 PlanRecord fromRow(const QSqlQuery& row)
 {
@@ -67,6 +69,7 @@ PlanRecord fromRow(const QSqlQuery& row)
         last.fileSize = row.value(17).toLongLong();
         plan.lastRun = last;
     }
+    plan.timing = row.value(18).toString();
     return plan;
 }
 
@@ -104,13 +107,14 @@ PlanListCache& PlanStore::list()
     if (cache && cache->dataVersion == version)
         return *cache;
     auto fresh = std::make_shared<PlanListCache>();
-    QSqlQuery query = m_database.prepare(
-        QStringLiteral("SELECT %1, created_utc FROM plans ORDER BY created_utc, rowid").arg(summaryColumns));
+    QSqlQuery query
+        = m_database.prepare(QStringLiteral("SELECT %1, p.created_utc FROM %2 ORDER BY p.created_utc, p.rowid")
+                                 .arg(summaryColumns, planTables));
     query.setForwardOnly(true);
     m_database.exec(query);
     while (query.next()) {
         fresh->plans.append(fromRow(query));
-        fresh->created.append(query.value(18).toString());
+        fresh->created.append(query.value(19).toString());
     }
     fresh->dataVersion = version;
     fresh->reindex();
@@ -126,13 +130,14 @@ PlanListCache* PlanStore::kept()
 
 std::optional<PlanRecord> PlanStore::find(const QUuid& id)
 {
-    QSqlQuery query = m_database.prepare(QStringLiteral("SELECT %1, xml FROM plans WHERE id = ?").arg(summaryColumns));
+    QSqlQuery query
+        = m_database.prepare(QStringLiteral("SELECT %1, p.xml FROM %2 WHERE p.id = ?").arg(summaryColumns, planTables));
     query.addBindValue(Database::text(id.toString()));
     m_database.exec(query);
     if (!query.next())
         return std::nullopt;
     PlanRecord plan = fromRow(query);
-    plan.xml = SHARED::cryptNS::decrypt_local_password(query.value(18).toString());
+    plan.xml = SHARED::cryptNS::decrypt_local_password(query.value(19).toString());
     if (plan.xml.isEmpty())
         throw QStringLiteral("The stored plan %1 cannot be deciphered with the key in secret.key").arg(id.toString());
     return plan;
@@ -150,19 +155,18 @@ bool PlanStore::save(const PlanRecord& plan)
     const QString xml = sealed(plan);
     QSqlQuery update = m_database.prepare(
         QStringLiteral("UPDATE plans SET name = ?, subtype = ?, type = ?, storage_id = ?, schedule_text = ?, "
-                       "next_run_utc = ?, next_run_full_utc = ?, xml = ?, updated_utc = ? WHERE id = ?"));
+                       "xml = ?, updated_utc = ? WHERE id = ?"));
     update.addBindValue(Database::text(plan.name));
     update.addBindValue(plan.subtype);
     update.addBindValue(plan.type);
     update.addBindValue(Database::text(idText(plan.storage)));
     update.addBindValue(Database::text(plan.scheduleText));
-    update.addBindValue(Database::text(StoreTime::toText(plan.nextRun)));
-    update.addBindValue(Database::text(StoreTime::toText(plan.nextRunFull)));
     update.addBindValue(Database::text(xml));
     update.addBindValue(Database::text(now));
     update.addBindValue(Database::text(plan.id.toString()));
     m_database.exec(update);
     if (update.numRowsAffected() > 0) {
+        saveTimings(plan);
         if (PlanListCache* cache = kept()) {
             if (PlanRecord* kept = cache->find(plan.id)) {
                 kept->name = Database::text(plan.name);
@@ -172,6 +176,7 @@ bool PlanStore::save(const PlanRecord& plan)
                 kept->scheduleText = Database::text(plan.scheduleText);
                 kept->nextRun = stored(plan.nextRun);
                 kept->nextRunFull = stored(plan.nextRunFull);
+                kept->timing = Database::text(plan.timing);
             } else {
                 m_database.dropCaches();
             }
@@ -179,27 +184,26 @@ bool PlanStore::save(const PlanRecord& plan)
         return false;
     }
     QSqlQuery insert = m_database.prepare(
-        QStringLiteral("INSERT INTO plans (id, name, subtype, type, storage_id, schedule_text, next_run_utc, "
-                       "next_run_full_utc, xml, status, created_utc, updated_utc) "
-                       "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+        QStringLiteral("INSERT INTO plans (id, name, subtype, type, storage_id, schedule_text, xml, status, "
+                       "created_utc, updated_utc) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
     insert.addBindValue(Database::text(plan.id.toString()));
     insert.addBindValue(Database::text(plan.name));
     insert.addBindValue(plan.subtype);
     insert.addBindValue(plan.type);
     insert.addBindValue(Database::text(idText(plan.storage)));
     insert.addBindValue(Database::text(plan.scheduleText));
-    insert.addBindValue(Database::text(StoreTime::toText(plan.nextRun)));
-    insert.addBindValue(Database::text(StoreTime::toText(plan.nextRunFull)));
     insert.addBindValue(Database::text(xml));
     insert.addBindValue(plan.status);
     insert.addBindValue(Database::text(now));
     insert.addBindValue(Database::text(now));
     m_database.exec(insert);
+    saveTimings(plan);
     if (PlanListCache* cache = kept()) {
         PlanRecord summary = plan;
         summary.xml.clear();
         summary.name = Database::text(plan.name);
         summary.scheduleText = Database::text(plan.scheduleText);
+        summary.timing = Database::text(plan.timing);
         summary.nextRun = stored(plan.nextRun);
         summary.nextRunFull = stored(plan.nextRunFull);
         summary.lastRun.reset();
@@ -211,6 +215,19 @@ bool PlanStore::save(const PlanRecord& plan)
         cache->reindex();
     }
     return true;
+}
+
+void PlanStore::saveTimings(const PlanRecord& plan)
+{
+    QSqlQuery query = m_database.prepare(QStringLiteral(
+        "INSERT INTO plan_timings (plan_id, timing, next_run_utc, next_run_full_utc) VALUES (?, ?, ?, ?) "
+        "ON CONFLICT(plan_id) DO UPDATE SET timing = excluded.timing, "
+        "next_run_utc = excluded.next_run_utc, next_run_full_utc = excluded.next_run_full_utc"));
+    query.addBindValue(Database::text(plan.id.toString()));
+    query.addBindValue(Database::text(plan.timing));
+    query.addBindValue(Database::text(StoreTime::toText(plan.nextRun)));
+    query.addBindValue(Database::text(StoreTime::toText(plan.nextRunFull)));
+    m_database.exec(query);
 }
 
 bool PlanStore::remove(const QUuid& id)
@@ -231,8 +248,8 @@ bool PlanStore::remove(const QUuid& id)
 
 void PlanStore::setNextRun(const QUuid& id, const QDateTime& nextRun, const QDateTime& nextRunFull)
 {
-    QSqlQuery query
-        = m_database.prepare(QStringLiteral("UPDATE plans SET next_run_utc = ?, next_run_full_utc = ? WHERE id = ?"));
+    QSqlQuery query = m_database.prepare(
+        QStringLiteral("UPDATE plan_timings SET next_run_utc = ?, next_run_full_utc = ? WHERE plan_id = ?"));
     query.addBindValue(Database::text(StoreTime::toText(nextRun)));
     query.addBindValue(Database::text(StoreTime::toText(nextRunFull)));
     query.addBindValue(Database::text(id.toString()));
@@ -242,6 +259,37 @@ void PlanStore::setNextRun(const QUuid& id, const QDateTime& nextRun, const QDat
             plan->nextRun = stored(nextRun);
             plan->nextRunFull = stored(nextRunFull);
         }
+    }
+}
+
+void PlanStore::setNextRuns(const QVector<NextRuns>& runs)
+{
+    if (runs.isEmpty())
+        return;
+    QSqlQuery query = m_database.prepare(
+        QStringLiteral("UPDATE plan_timings SET next_run_utc = ?, next_run_full_utc = ? WHERE plan_id = ?"));
+    PlanListCache* cache = kept();
+    for (const NextRuns& run : runs) {
+        query.bindValue(0, Database::text(StoreTime::toText(run.nextRun)));
+        query.bindValue(1, Database::text(StoreTime::toText(run.nextRunFull)));
+        query.bindValue(2, Database::text(run.id.toString()));
+        m_database.exec(query);
+        if (PlanRecord* plan = cache ? cache->find(run.id) : nullptr) {
+            plan->nextRun = stored(run.nextRun);
+            plan->nextRunFull = stored(run.nextRunFull);
+        }
+    }
+}
+
+void PlanStore::setTiming(const QUuid& id, const QString& timing)
+{
+    QSqlQuery query = m_database.prepare(QStringLiteral("UPDATE plan_timings SET timing = ? WHERE plan_id = ?"));
+    query.addBindValue(Database::text(timing));
+    query.addBindValue(Database::text(id.toString()));
+    m_database.exec(query);
+    if (PlanListCache* cache = kept()) {
+        if (PlanRecord* plan = cache->find(id))
+            plan->timing = Database::text(timing);
     }
 }
 

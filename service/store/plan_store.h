@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QUuid>
 #include <QVariant>
+#include <QVector>
 
 #include <optional>
 
@@ -27,6 +28,8 @@ struct PlanRecord
     QDateTime nextRun;
     QDateTime nextRunFull;
     QString xml;
+    /// The schedules in the scheduler's short form; empty when not known yet.
+    QString timing;
     int status = 2; // 1 running, 2 idle
 
     struct LastRun
@@ -64,12 +67,22 @@ public:
     bool save(const PlanRecord& plan);
     bool remove(const QUuid& id);
     void setNextRun(const QUuid& id, const QDateTime& nextRun, const QDateTime& nextRunFull);
+    struct NextRuns
+    {
+        QUuid id;
+        QDateTime nextRun;
+        QDateTime nextRunFull;
+    };
+    /// Many plans' next runs with one statement, as a pass after a long sleep moves thousands.
+    void setNextRuns(const QVector<NextRuns>& runs);
+    void setTiming(const QUuid& id, const QString& timing);
     void setStatus(const QUuid& id, int status);
     void setLastRun(const QUuid& id, const PlanRecord::LastRun& lastRun);
     /// Names of the plans that store into the account.
     QStringList namesUsingStorage(const QUuid& storage);
 
 private:
+    void saveTimings(const PlanRecord& plan);
     /// The kept list, read anew when there is none or another connection changed the file.
     PlanListCache& list();
     /// The kept list when it is current, to be updated with a write; null otherwise.

@@ -99,7 +99,7 @@ private:
         store.open();
         for (const QUuid& plan : plans) {
             QSqlQuery query = store.prepare(
-                QStringLiteral("UPDATE plans SET next_run_utc = ?, next_run_full_utc = ? WHERE id = ?"));
+                QStringLiteral("UPDATE plan_timings SET next_run_utc = ?, next_run_full_utc = ? WHERE plan_id = ?"));
             query.addBindValue(nextRun);
             query.addBindValue(nextRunFull);
             query.addBindValue(plan.toString());

@@ -1,5 +1,6 @@
 #include "service/schedule/next_run.h"
 #include "service/schedule/schedule_description.h"
+#include "service/schedule/schedule_timing.h"
 
 #include "platform/crypt/local_password.h"
 #include "platform/plan/backup_file.h"
@@ -133,6 +134,12 @@ private Q_SLOTS:
         once.setSpecificDate(berlin(2026, 4, 1, 18, 30));
         QCOMPARE(NextRun::after(once, berlin(2026, 3, 10, 9, 0)), berlin(2026, 4, 1, 18, 30).toUTC());
         QVERIFY(!NextRun::after(once, berlin(2026, 4, 1, 18, 30)).isValid());
+        // Its short form keeps the date local, so that it moves with the time zone as the plan's does.
+        Schedule keptOnce;
+        QVERIFY(
+            TWB::Service::ScheduleTiming::readSchedule(TWB::Service::ScheduleTiming::scheduleText(once), &keptOnce));
+        QCOMPARE(keptOnce.specificDate(), once.specificDate());
+        QCOMPARE(keptOnce.specificDate().timeSpec(), Qt::LocalTime);
 
         Schedule noDay;
         then(daily(QTime(10, 0)), weekdays({}))(noDay);
@@ -287,6 +294,12 @@ private Q_SLOTS:
         const QDateTime next = NextRun::after(schedule, after.toUTC());
         QCOMPARE(next.timeSpec(), Qt::UTC);
         QCOMPARE(next, expected.toUTC());
+        // The scheduler works from the short form the store keeps: it must give the same times.
+        const QString text = TWB::Service::ScheduleTiming::scheduleText(schedule);
+        Schedule kept;
+        QVERIFY(TWB::Service::ScheduleTiming::readSchedule(text, &kept));
+        QCOMPARE(TWB::Service::ScheduleTiming::scheduleText(kept), text);
+        QCOMPARE(NextRun::after(kept, after.toUTC()), next);
     }
 
     void descriptionsReadAsTheUserSetThem()
@@ -324,24 +337,27 @@ private Q_SLOTS:
         QDateTime now = real.addDays(30);
         scheduler.setClock([&now] { return now; });
 
-        const auto save = [&](const QString& name, const QStringList& items, const QDateTime& next) {
-            TWB::Info::Plan::BackupFile plan;
-            plan.setId(QUuid::createUuid());
-            plan.setName(name);
-            plan.setItems(items);
-            daily(QTime(3, 0))(plan.schedule());
-            PlanRecord record;
-            record.id = plan.id();
-            record.name = name;
-            record.xml = plan.toXml();
-            record.nextRun = next.isValid() ? next : NextRun::after(plan.schedule(), now);
-            PlanStore store(database);
-            Transaction transaction(database);
-            store.save(record);
-            store.setNextRun(record.id, record.nextRun, QDateTime());
-            transaction.commit();
-            return record.id;
-        };
+        const auto save
+            = [&](const QString& name, const QStringList& items, const QDateTime& next, bool withTiming = false) {
+                  TWB::Info::Plan::BackupFile plan;
+                  plan.setId(QUuid::createUuid());
+                  plan.setName(name);
+                  plan.setItems(items);
+                  daily(QTime(3, 0))(plan.schedule());
+                  PlanRecord record;
+                  record.id = plan.id();
+                  record.name = name;
+                  record.xml = plan.toXml();
+                  if (withTiming)
+                      record.timing = ScheduleTiming::of(plan);
+                  record.nextRun = next.isValid() ? next : NextRun::after(plan.schedule(), now);
+                  PlanStore store(database);
+                  Transaction transaction(database);
+                  store.save(record);
+                  store.setNextRun(record.id, record.nextRun, QDateTime());
+                  transaction.commit();
+                  return record.id;
+              };
         const QUuid ahead = save(QStringLiteral("Ahead"), {QStringLiteral("/tmp")}, QDateTime());
         const QDateTime stored = PlanStore(database).find(ahead)->nextRun;
         QVERIFY(stored > real.addDays(29));
@@ -352,6 +368,8 @@ private Q_SLOTS:
         // run, with no account: that is a failed run of its own, and its last result.
         now = real;
         const QUuid due = save(QStringLiteral("Due"), {QStringLiteral("/tmp")}, real.addSecs(-60));
+        // A plan saved as PlanUpdate saves it is moved from its kept timing, to the same time.
+        const QUuid timed = save(QStringLiteral("Timed"), {QStringLiteral("/tmp")}, real.addSecs(-60), true);
         scheduler.plansChanged();
         QTRY_VERIFY_WITH_TIMEOUT(PlanStore(database).find(ahead)->nextRun <= real.addDays(1), 5000);
         QVERIFY(PlanStore(database).find(ahead)->nextRun > real);
@@ -366,6 +384,11 @@ private Q_SLOTS:
         QCOMPARE(row->lastRun->status, 8);
         QCOMPARE(row->lastRun->message, reason);
         QVERIFY(row->nextRun > real);
+        QCOMPARE(PlanStore(database).find(timed)->nextRun, row->nextRun);
+        // What had no timing has one now, and it reads.
+        ScheduleTiming kept;
+        QVERIFY(ScheduleTiming::read(row->timing, &kept));
+        QCOMPARE(row->timing, PlanStore(database).find(timed)->timing);
     }
 };
 

@@ -68,7 +68,9 @@ ServiceReply RawClient::call(const QString& command, const QJsonObject& params, 
 {
     const QString id = send(command, params);
     waitForReply(id, timeoutMs);
-    return reply(id);
+    // Nobody else knows the id: the reply is not kept, so that a benchmark's thousands of large
+    // replies do not pile up in memory.
+    return m_replies.take(id);
 }
 
 ServiceReply RawClient::reply(const QString& id) const
