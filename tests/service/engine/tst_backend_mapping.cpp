@@ -286,9 +286,6 @@ private Q_SLOTS:
         QTest::newRow("keys, plain HTTP to Google")
             << Variables() << keys << "s3:http://storage.googleapis.com/gbucket/pc/p1" << false
             << Variables {{rclone("ENDPOINT"), QStringLiteral("http://storage.googleapis.com")}};
-        QTest::newRow("keys, a replaced storage")
-            << Variables {{QStringLiteral("TWB_GOOGLE_STORAGE_ENDPOINT"), storage}} << keys
-            << "s3:http://127.0.0.1:9000/gbucket/pc/p1" << false << Variables {{rclone("ENDPOINT"), storage}};
 
         const QJsonObject installed {{QStringLiteral("AuthType"), 2},
             {QStringLiteral("ProjectId"), QStringLiteral("project-7")},
