@@ -1,5 +1,6 @@
 #include "service/engine/backend_mapping.h"
 
+#include "platform/cloud/info.h"
 #include "platform/crypt/local_password.h"
 #include "service/store/account_store.h"
 
@@ -154,11 +155,10 @@ void mapS3(const Account& account, const Document& doc, const StorageOptions& op
     else if (amazon)
         fallbackHost = QStringLiteral("s3.amazonaws.com");
     else if (google)
-        fallbackHost = QStringLiteral("storage.googleapis.com");
+        fallbackHost = TWL::Cloud::Info::GoogleStorage().endpointHost();
     // The console leaves the endpoint of Amazon S3 to the back-end, whatever the document holds.
-    const Endpoint endpoint = account.type == amazonS3 || account.type == amazonS3Ub || google
-        ? Endpoint {fallbackHost, true}
-        : endpointOf(doc, fallbackHost);
+    const Endpoint endpoint = account.type == amazonS3 || account.type == amazonS3Ub ? Endpoint {fallbackHost, true}
+                                                                                     : endpointOf(doc, fallbackHost);
     const QString bucket = doc.text("ContainerName");
     if (bucket.isEmpty()) {
         target.error = QStringLiteral("The account has no bucket (\"ContainerName\")");
@@ -307,9 +307,13 @@ void mapGoogle(const Account& account, const Document& doc, const StorageOptions
         target.error = QStringLiteral("The account has no bucket (\"ContainerName\")");
         return;
     }
+    using TWL::Cloud::Info::GoogleStorage;
+    const GoogleStorage storage;
     const QString project = doc.secret("ProjectId");
     target.rcloneEnvironment.insert(rcloneKey("TYPE"), QStringLiteral("google cloud storage"));
     target.rcloneEnvironment.insert(rcloneKey("PROJECT_NUMBER"), project);
+    if (!storage.jsonApiEndpoint().isEmpty())
+        target.rcloneEnvironment.insert(rcloneKey("ENDPOINT"), storage.jsonApiEndpoint());
     target.rcloneRoot = bucketRoot(bucket);
     if (auth == googleServiceAccount) {
         const QByteArray key = serviceAccountKey(doc);
@@ -320,19 +324,32 @@ void mapGoogle(const Account& account, const Document& doc, const StorageOptions
             QStringLiteral("GOOGLE_APPLICATION_CREDENTIALS"), runFolder + QLatin1Char('/') + file);
         target.rcloneEnvironment.insert(rcloneKey("SERVICE_ACCOUNT_CREDENTIALS"), QString::fromUtf8(key));
         target.repositoryRoot = QStringLiteral("gs:%1:/").arg(bucket);
+        // restic's Google back-end knows Google's own address only.
+        target.throughRclone = GoogleStorage::endpointOverridden();
         return;
     }
+    const QString refresh = doc.secret("RefreshToken");
+    if (refresh.isEmpty()) {
+        target.error = QStringLiteral("The Google account has not been authorised yet (no \"RefreshToken\")");
+        return;
+    }
+    // The refresh token belongs to the console's OAuth client, and only that client may refresh it: rclone
+    // would otherwise use its own.
+    if (GoogleStorage::oauthClientId().isEmpty()) {
+        target.error = QStringLiteral("The Google account was authorised as an installed application, but the "
+                                      "service has no OAuth client (TWB_GOOGLE_OAUTH_CLIENT_ID)");
+        return;
+    }
+    target.rcloneEnvironment.insert(rcloneKey("CLIENT_ID"), GoogleStorage::oauthClientId());
+    target.rcloneEnvironment.insert(rcloneKey("CLIENT_SECRET"), GoogleStorage::oauthClientSecret());
+    target.rcloneEnvironment.insert(rcloneKey("TOKEN_URL"), GoogleStorage::oauthTokenUrl().toString());
     // restic's own Google back-end takes no refresh token: the installed application goes through rclone.
     QJsonObject token;
-    token.insert(QStringLiteral("refresh_token"), doc.secret("RefreshToken"));
+    token.insert(QStringLiteral("refresh_token"), refresh);
     token.insert(QStringLiteral("token_type"), QStringLiteral("Bearer"));
     token.insert(QStringLiteral("expiry"), QStringLiteral("2000-01-01T00:00:00Z"));
     target.rcloneEnvironment.insert(
         rcloneKey("TOKEN"), QString::fromUtf8(QJsonDocument(token).toJson(QJsonDocument::Compact)));
-    if (!doc.text("ClientId").isEmpty()) {
-        target.rcloneEnvironment.insert(rcloneKey("CLIENT_ID"), doc.text("ClientId"));
-        target.rcloneEnvironment.insert(rcloneKey("CLIENT_SECRET"), doc.secret("ClientSecret"));
-    }
     target.throughRclone = true;
 }
 

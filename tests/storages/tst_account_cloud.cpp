@@ -4,6 +4,7 @@
 #include "frame/shared_model_creator.h"
 #include "peers/modal_driver.h"
 #include "peers/round_trip.h"
+#include "platform/cloud/account_keys.h"
 #include "platform/cloud/operation_manager.h"
 #include "platform/communication/connection_manager.h"
 #include "platform/crypt/local_password.h"
@@ -136,6 +137,8 @@ private Q_SLOTS:
                 m_moto->secretKey()});
         QVERIFY(seed.waitForFinished(60000));
         QVERIFY2(seed.exitCode() == 0, seed.readAllStandardError().constData());
+        // Google's S3 interface is moto here, for the service's runs as for the console.
+        qputenv("TWB_GOOGLE_STORAGE_ENDPOINT", QByteArray("http://") + m_moto->endpoint().toUtf8());
         m_service = std::make_unique<ServiceProcess>(m_env->socketPath(), m_env->dataDir());
         QVERIFY2(m_service->start(), qPrintable(m_service->output()));
         QVERIFY(ConnectionManager::instance());
@@ -421,6 +424,32 @@ private Q_SLOTS:
 
         backsUpAndRestores(
             client, QStringLiteral("papers"), [page](TWB::Info::Plan::Base* plan) { return page->initPlan(plan); });
+    }
+
+    void googleKeysAccountBacksUpAndRestores()
+    {
+        // The document as the Google form saves keys: no endpoint, plain HTTP chosen in the form.
+        TWB::Test::RawClient client;
+        QVERIFY(client.connectTo(m_env->socketPath()));
+        const QUuid account = QUuid::createUuid();
+        QVERIFY(client
+                    .call(QStringLiteral("SaveStorage"),
+                        {{QStringLiteral("ID"), account.toString()},
+                            {QStringLiteral("displayName"), QStringLiteral("Google keys")},
+                            {QStringLiteral("prefix"), QStringLiteral("studio")},
+                            {QStringLiteral("type"), int(TWL::Cloud::GoogleStorage)},
+                            {QStringLiteral("params"),
+                                QJsonObject {{QStringLiteral("AuthType"), int(TWL::Cloud::GoogleAccessKey)},
+                                    {QStringLiteral("AccessKey"), m_moto->accessKey()},
+                                    {QStringLiteral("SecretKey"),
+                                        SHARED::cryptNS::encrypt_local_password(m_moto->secretKey())},
+                                    {QStringLiteral("ContainerName"), QStringLiteral("photos-2026")},
+                                    {QStringLiteral("UseSsl"), false}}}})
+                    .success);
+        backsUpAndRestores(client, QStringLiteral("sketches"), [account](TWB::Info::Plan::Base* plan) {
+            plan->setStorage(account);
+            return true;
+        });
     }
 
     void azureAccountIsCheckedAndGetsANewContainer()

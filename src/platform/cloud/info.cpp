@@ -182,6 +182,19 @@ bool GoogleStorage::endpointOverridden()
     return !qEnvironmentVariable("TWB_GOOGLE_STORAGE_ENDPOINT").trimmed().isEmpty();
 }
 
+QString GoogleStorage::endpointHost() const
+{
+    const QUrl storage = defaultEndpoint();
+    return storage.port() > 0 ? QStringLiteral("%1:%2").arg(storage.host()).arg(storage.port()) : storage.host();
+}
+
+QString GoogleStorage::jsonApiEndpoint() const
+{
+    if (!endpointOverridden())
+        return QString();
+    return defaultEndpoint().toString(QUrl::StripTrailingSlash) + QStringLiteral("/storage/v1/");
+}
+
 namespace {
 
 QUrl oauthProvider(const QString& path, const char* host)

@@ -89,6 +89,10 @@ public:
     QUrl defaultEndpoint() const;
     /// Whether defaultEndpoint() was replaced through the environment.
     static bool endpointOverridden();
+    /// defaultEndpoint() as host and port: the S3 interface's endpoint, which keys' accounts do not store.
+    QString endpointHost() const;
+    /// The JSON API's root under a replaced defaultEndpoint(); empty while Google's own serves.
+    QString jsonApiEndpoint() const;
     static QUrl oauthAuthorizationUrl();
     static QUrl oauthTokenUrl();
     /// The OAuth client of the installed application; empty when none is set up.

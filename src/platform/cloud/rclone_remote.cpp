@@ -174,25 +174,21 @@ QString serviceAccountKey(const QVariantMap& config)
 void mapGoogle(const QVariantMap& config, RcloneRemote& remote)
 {
     const int auth = config.value(Key::AuthType).toInt();
-    const QUrl storage = Info::GoogleStorage().defaultEndpoint();
+    const Info::GoogleStorage storage;
     if (auth != GoogleServiceAccount && auth != GoogleInstalledApplication) {
         // HMAC keys work through Google's S3-compatible endpoint, which the form does not show.
         QVariantMap interoperable = config;
         if (text(config, Key::Endpoint).isEmpty())
-            interoperable.insert(Key::Endpoint,
-                storage.host() + (storage.port() > 0 ? QStringLiteral(":%1").arg(storage.port()) : QString()));
+            interoperable.insert(Key::Endpoint, storage.endpointHost());
         mapS3(interoperable, remote);
         return;
     }
     auto& env = remote.environment;
     env.insert(RcloneRemote::variable("TYPE"), QStringLiteral("google cloud storage"));
     env.insert(RcloneRemote::variable("PROJECT_NUMBER"), text(config, Key::ProjectId));
-    remote.host = hostOf(storage.toString());
-    if (Info::GoogleStorage::endpointOverridden()) {
-        // The JSON API lives under this path of the storage's address.
-        env.insert(RcloneRemote::variable("ENDPOINT"),
-            storage.toString(QUrl::StripTrailingSlash) + QStringLiteral("/storage/v1/"));
-    }
+    remote.host = storage.endpointHost();
+    if (!storage.jsonApiEndpoint().isEmpty())
+        env.insert(RcloneRemote::variable("ENDPOINT"), storage.jsonApiEndpoint());
     if (auth == GoogleServiceAccount) {
         env.insert(RcloneRemote::variable("SERVICE_ACCOUNT_CREDENTIALS"), serviceAccountKey(config));
         return;
