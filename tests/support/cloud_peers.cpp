@@ -268,6 +268,10 @@ void OAuthPeer::exportEnvironment() const
     qputenv("TWB_GOOGLE_STORAGE_ENDPOINT", url().toUtf8());
     qputenv("TWB_GOOGLE_OAUTH_CLIENT_ID", clientId().toUtf8());
     qputenv("TWB_GOOGLE_OAUTH_CLIENT_SECRET", clientSecret().toUtf8());
+}
+
+// Swift
+
 bool SwiftPeer::start(const QStringList& containers, const QStringList& objects)
 {
     m_port = freePort();

@@ -100,6 +100,8 @@ public:
     static QString project() { return QStringLiteral("tidewrack-tests"); }
     /// Points the console's Google addresses and OAuth client at this peer.
     void exportEnvironment() const;
+};
+
 /// A Swift server of our own (tests/support/swift_peer.py) with one user, signing in through TempAuth and
 /// Keystone v2 and v3; it keeps what it is given in memory.
 class SwiftPeer final : public CloudPeer
