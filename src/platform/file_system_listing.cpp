@@ -47,7 +47,7 @@ bool loopsBack(const QString& target, const QString& listedPath)
 bool FileSystemListing::list(const QString& path, int, int, bool withHidden)
 {
     listed.clear();
-    listedPlanPath.clear();
+    listedFolder.clear();
     errorText.clear();
     error = !(path.isEmpty() ? listVolumes() : listFolder(path, withHidden));
     return !error;
@@ -72,7 +72,7 @@ bool FileSystemListing::listFolder(const QString& path, bool withHidden)
         errorText = QString::fromLocal8Bit(std::strerror(errno));
         return false;
     }
-    listedPlanPath = Info::DriveShares::Instance().planPath(folder);
+    listedFolder = folder;
     const QString prefix = folder == QLatin1String("/") ? folder : folder + QLatin1Char('/');
     const int fd = ::dirfd(dir);
     errno = 0;
@@ -118,8 +118,16 @@ bool FileSystemListing::listFolder(const QString& path, bool withHidden)
     return true;
 }
 
+QString FileSystemListing::planPath() const
+{
+    // Asked for only by readers of items(): reading the mount table for every folder would cost more
+    // than listing a small folder.
+    return listedFolder.isEmpty() ? QString() : Info::DriveShares::Instance().planPath(listedFolder);
+}
+
 QJsonArray FileSystemListing::items() const
 {
+    const QString listedPlanPath = planPath();
     QJsonArray array;
     for (const Entry& entry : listed) {
         array.append(QJsonObject {{QStringLiteral("name"), entry.name},

@@ -47,7 +47,7 @@ public:
     bool hasError() const { return error; }
     QString errorString() const { return errorText; }
     /// The plan path of the folder last listed; empty after listing the volumes.
-    QString planPath() const { return listedPlanPath; }
+    QString planPath() const;
 
     const QVector<Entry>& entries() const { return listed; }
     QVector<Entry> takeEntries() { return std::move(listed); }
@@ -61,7 +61,7 @@ private:
     bool listFolder(const QString& path, bool withHidden);
 
     QVector<Entry> listed;
-    QString listedPlanPath;
+    QString listedFolder;
     QString errorText;
     bool error = false;
 };
