@@ -49,6 +49,7 @@ bool FileSystemListing::list(const QString& path, int, int, bool withHidden)
     listed.clear();
     listedFolder.clear();
     errorText.clear();
+    errorNumber = 0;
     error = !(path.isEmpty() ? listVolumes() : listFolder(path, withHidden));
     return !error;
 }
@@ -69,7 +70,8 @@ bool FileSystemListing::listFolder(const QString& path, bool withHidden)
     const QByteArray encoded = QFile::encodeName(folder);
     DIR* dir = ::opendir(encoded.constData());
     if (!dir) {
-        errorText = QString::fromLocal8Bit(std::strerror(errno));
+        errorNumber = errno;
+        errorText = QString::fromLocal8Bit(std::strerror(errorNumber));
         return false;
     }
     listedFolder = folder;
@@ -106,6 +108,7 @@ bool FileSystemListing::listFolder(const QString& path, bool withHidden)
     ::closedir(dir);
     if (readError != 0) {
         listed.clear();
+        errorNumber = readError;
         errorText = QString::fromLocal8Bit(std::strerror(readError));
         return false;
     }

@@ -46,6 +46,8 @@ public:
 
     bool hasError() const { return error; }
     QString errorString() const { return errorText; }
+    /// The system's error number of the failed listing; ENOTDIR when the path is a file.
+    int errorCode() const { return errorNumber; }
     /// The plan path of the folder last listed; empty after listing the volumes.
     QString planPath() const;
 
@@ -63,6 +65,7 @@ private:
     QVector<Entry> listed;
     QString listedFolder;
     QString errorText;
+    int errorNumber = 0;
     bool error = false;
 };
 
