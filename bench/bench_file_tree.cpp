@@ -121,7 +121,10 @@ int listingRun(const QString& kind, const QString& root, int entries)
         if (!waitFor([&] { return files.rowCount(files.index(root)) > 0; }, 30000))
             return 1;
         rows = [&] { return files.rowCount(files.index(big)); };
-        open = [&] { view.expand(files.index(big)); };
+        open = [&] {
+            view.expand(files.index(big));
+            files.fetchMore(files.index(big));
+        };
     } else {
         proxy.setSourceModel(&tree);
         view.setModel(&proxy);

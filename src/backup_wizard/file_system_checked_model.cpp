@@ -9,6 +9,7 @@
 #include <QtConcurrent>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace TWB::GUI {
 
@@ -105,7 +106,9 @@ void FileSystemCheckedModel::list(const std::shared_ptr<ListingRelay>& relay, co
     for (const QString& path : paths) {
         FileSystemListing listing;
         if (!listing.list(path, option, 0, true)) {
-            emit relay->failed(path, listing.errorString());
+            // A plan names files as well as folders; a file is no folder that failed.
+            if (listing.errorCode() != ENOTDIR)
+                emit relay->failed(path, listing.errorString());
             continue;
         }
         const QVector<FileSystemListing::Entry> entries = listing.takeEntries();

@@ -47,8 +47,9 @@ bool loopsBack(const QString& target, const QString& listedPath)
 bool FileSystemListing::list(const QString& path, int, int, bool withHidden)
 {
     listed.clear();
-    listedPlanPath.clear();
+    listedFolder.clear();
     errorText.clear();
+    errorNumber = 0;
     error = !(path.isEmpty() ? listVolumes() : listFolder(path, withHidden));
     return !error;
 }
@@ -69,10 +70,11 @@ bool FileSystemListing::listFolder(const QString& path, bool withHidden)
     const QByteArray encoded = QFile::encodeName(folder);
     DIR* dir = ::opendir(encoded.constData());
     if (!dir) {
-        errorText = QString::fromLocal8Bit(std::strerror(errno));
+        errorNumber = errno;
+        errorText = QString::fromLocal8Bit(std::strerror(errorNumber));
         return false;
     }
-    listedPlanPath = Info::DriveShares::Instance().planPath(folder);
+    listedFolder = folder;
     const QString prefix = folder == QLatin1String("/") ? folder : folder + QLatin1Char('/');
     const int fd = ::dirfd(dir);
     errno = 0;
@@ -106,6 +108,7 @@ bool FileSystemListing::listFolder(const QString& path, bool withHidden)
     ::closedir(dir);
     if (readError != 0) {
         listed.clear();
+        errorNumber = readError;
         errorText = QString::fromLocal8Bit(std::strerror(readError));
         return false;
     }
@@ -118,8 +121,16 @@ bool FileSystemListing::listFolder(const QString& path, bool withHidden)
     return true;
 }
 
+QString FileSystemListing::planPath() const
+{
+    // Asked for only by readers of items(): reading the mount table for every folder would cost more
+    // than listing a small folder.
+    return listedFolder.isEmpty() ? QString() : Info::DriveShares::Instance().planPath(listedFolder);
+}
+
 QJsonArray FileSystemListing::items() const
 {
+    const QString listedPlanPath = planPath();
     QJsonArray array;
     for (const Entry& entry : listed) {
         array.append(QJsonObject {{QStringLiteral("name"), entry.name},

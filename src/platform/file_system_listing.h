@@ -46,8 +46,10 @@ public:
 
     bool hasError() const { return error; }
     QString errorString() const { return errorText; }
+    /// The system's error number of the failed listing; ENOTDIR when the path is a file.
+    int errorCode() const { return errorNumber; }
     /// The plan path of the folder last listed; empty after listing the volumes.
-    QString planPath() const { return listedPlanPath; }
+    QString planPath() const;
 
     const QVector<Entry>& entries() const { return listed; }
     QVector<Entry> takeEntries() { return std::move(listed); }
@@ -61,8 +63,9 @@ private:
     bool listFolder(const QString& path, bool withHidden);
 
     QVector<Entry> listed;
-    QString listedPlanPath;
+    QString listedFolder;
     QString errorText;
+    int errorNumber = 0;
     bool error = false;
 };
 
