@@ -81,8 +81,9 @@ int runPeer(const QString& socket, int count)
 }
 
 // The same requests over a bare QLocalSocket: one JSON line each way, `window` in flight, no
-// command objects. Returns the seconds taken, or 0 when the exchange failed.
-double plainExchange(const QString& socketPath, int count, int window)
+// command objects. Returns the seconds taken, or 0 when the exchange failed. With one in flight,
+// `latencies` gets each request's round trip in nanoseconds.
+double plainExchange(const QString& socketPath, int count, int window, std::vector<qint64>* latencies = nullptr)
 {
     QLocalSocket socket;
     socket.connectToServer(socketPath);
@@ -90,7 +91,9 @@ double plainExchange(const QString& socketPath, int count, int window)
         return 0;
     int sent = 0;
     int answered = 0;
+    QElapsedTimer one;
     auto sendOne = [&] {
+        one.start();
         const QJsonObject request {{QStringLiteral("type"), QStringLiteral("request")},
             {QStringLiteral("id"), QString::number(sent)}, {QStringLiteral("command"), QStringLiteral("PlanGetList")},
             {QStringLiteral("params"), QJsonObject()}};
@@ -103,6 +106,8 @@ double plainExchange(const QString& socketPath, int count, int window)
             if (reply.object().value(QStringLiteral("type")).toString() != QLatin1String("reply"))
                 continue;
             ++answered;
+            if (latencies && window == 1)
+                latencies->push_back(one.nsecsElapsed());
             if (sent < count)
                 sendOne();
         }
@@ -200,6 +205,7 @@ void roundTrips(int count)
     double steadySeconds = 0;
     double plainSeconds = 0;
     double plainOneSeconds = 0;
+    std::vector<qint64> plainLatencies;
     auto best = [](double& kept, double round) {
         if (round > 0 && (kept <= 0 || round < kept))
             kept = round;
@@ -207,14 +213,19 @@ void roundTrips(int count)
     for (int round = 0; round < 3; ++round) {
         best(steadySeconds, channelWindow());
         best(plainSeconds, plainExchange(env.socketPath(), count, window));
-        best(plainOneSeconds, plainExchange(env.socketPath(), count / 4, 1) * 4);
+        best(plainOneSeconds, plainExchange(env.socketPath(), count / 4, 1, &plainLatencies) * 4);
     }
     std::printf("round trip, %d in flight: %d commands in %.3f s: %.0f commands/s\n", window, count, steadySeconds,
         count / steadySeconds);
     std::printf("plain line-JSON socket, %d in flight: %d commands in %.3f s: %.0f commands/s (channel %.2fx)\n",
         window, count, plainSeconds, count / plainSeconds, plainSeconds / steadySeconds);
-    std::printf("plain line-JSON socket, one at a time: %.0f commands/s (channel one at a time %.2fx)\n",
-        count / plainOneSeconds, plainOneSeconds / seconds);
+    std::sort(plainLatencies.begin(), plainLatencies.end());
+    const double plainMedian = plainLatencies.empty() ? 0 : double(plainLatencies[plainLatencies.size() / 2]) / 1e3;
+    const double channelMedian = double(latencies[latencies.size() / 2]) / 1e3;
+    std::printf("plain line-JSON socket, one at a time: %.0f commands/s (channel one at a time %.2fx), median %.1f us "
+                "(channel median %.2fx)\n",
+        count / plainOneSeconds, plainOneSeconds / seconds, plainMedian,
+        plainMedian > 0 ? channelMedian / plainMedian : 0);
     service.terminate();
 }
 
