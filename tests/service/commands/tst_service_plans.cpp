@@ -2,7 +2,6 @@
 #include "raw_client.h"
 #include "service_fixture.h"
 
-#include "platform/communication/connection_manager.h"
 #include "platform/communication/notification_center.h"
 #include "platform/communication/notification_types.h"
 #include "platform/plan/backup_file.h"
@@ -64,6 +63,11 @@ private:
     std::unique_ptr<RawClient> m_listener;
     QUuid m_account;
 
+    bool savePlan(const QUuid& id, const QString& xml)
+    {
+        return m_listener->call(QStringLiteral("PlanUpdate"), update(id, xml)).success;
+    }
+
     int planCount()
     {
         return m_listener->call(QStringLiteral("PlanGetList")).data.value(QStringLiteral("planList")).toArray().size();
@@ -73,11 +77,8 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_service = std::make_unique<ServiceFixture>();
-        QVERIFY2(m_service->start(), qPrintable(m_service->process().output()));
-        TWB::Test::TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(TWB::Common::Communication::ConnectionManager::instance()->isLocalManagmentConnected());
         m_listener = std::make_unique<RawClient>();
-        QVERIFY(m_listener->connectTo(m_service->socketPath()));
+        QVERIFY2(m_service->startWithConsoles(*m_listener), qPrintable(m_service->process().output()));
         m_account = ServiceFixture::firstAccount(*m_listener);
         QVERIFY(!m_account.isNull());
     }
@@ -141,10 +142,7 @@ private Q_SLOTS:
     void changedPlanIsAnnouncedAsUpdatedAndReadsBackEqual()
     {
         const QUuid id = QUuid::createUuid();
-        QVERIFY(m_listener
-                    ->call(QStringLiteral("PlanUpdate"),
-                        update(id, PlanSamples::backup(id, QStringLiteral("Old"), m_account)))
-                    .success);
+        QVERIFY(savePlan(id, PlanSamples::backup(id, QStringLiteral("Old"), m_account)));
         const int before = planCount();
         const QString xml = PlanSamples::backup(
             id, QStringLiteral("New name"), m_account, {QStringLiteral("/srv"), QStringLiteral("/etc")});
@@ -212,10 +210,7 @@ private Q_SLOTS:
     void planKeepsItsKind()
     {
         const QUuid id = QUuid::createUuid();
-        QVERIFY(m_listener
-                    ->call(QStringLiteral("PlanUpdate"),
-                        update(id, PlanSamples::backup(id, QStringLiteral("B"), m_account)))
-                    .success);
+        QVERIFY(savePlan(id, PlanSamples::backup(id, QStringLiteral("B"), m_account)));
         const ServiceReply reply = m_listener->call(
             QStringLiteral("PlanUpdate"), update(id, PlanSamples::restore(id, QStringLiteral("R"), m_account)));
         QVERIFY(!reply.success);
@@ -227,10 +222,7 @@ private Q_SLOTS:
     void removedPlanIsAnnouncedAndGone()
     {
         const QUuid id = QUuid::createUuid();
-        QVERIFY(m_listener
-                    ->call(QStringLiteral("PlanUpdate"),
-                        update(id, PlanSamples::restore(id, QStringLiteral("R"), m_account)))
-                    .success);
+        QVERIFY(savePlan(id, PlanSamples::restore(id, QStringLiteral("R"), m_account)));
         const ServiceReply removed = ServiceFixture::callThroughChannel(QStringLiteral("PlanRemove"), byId(id));
         QVERIFY2(removed.success, qPrintable(removed.error));
         QVERIFY(m_listener->waitForNotification(QLatin1String(Type::PlanRemoved), id.toString()));
@@ -273,13 +265,10 @@ private Q_SLOTS:
     void sharesInUseAreListedByPlan()
     {
         const QUuid backup = QUuid::createUuid();
-        QVERIFY(m_listener
-                    ->call(QStringLiteral("PlanUpdate"),
-                        update(backup,
-                            PlanSamples::backup(backup, QStringLiteral("Shares"), m_account,
-                                {QStringLiteral("/TWB_SHARES/nas/docs"), QStringLiteral("/TWB_SHARES/nas/photos"),
-                                    QStringLiteral("/TWB_SHARES/media"), QStringLiteral("/home")})))
-                    .success);
+        QVERIFY(savePlan(backup,
+            PlanSamples::backup(backup, QStringLiteral("Shares"), m_account,
+                {QStringLiteral("/TWB_SHARES/nas/docs"), QStringLiteral("/TWB_SHARES/nas/photos"),
+                    QStringLiteral("/TWB_SHARES/media"), QStringLiteral("/home")})));
         const ServiceReply reply = ServiceFixture::callThroughChannel(QStringLiteral("GetUsedShare"));
         QVERIFY2(reply.success, qPrintable(reply.error));
         QSet<QString> shares;
@@ -296,10 +285,7 @@ private Q_SLOTS:
     void accountInUseCannotBeRemoved()
     {
         const QUuid id = QUuid::createUuid();
-        QVERIFY(m_listener
-                    ->call(QStringLiteral("PlanUpdate"),
-                        update(id, PlanSamples::backup(id, QStringLiteral("Keeps it"), m_account)))
-                    .success);
+        QVERIFY(savePlan(id, PlanSamples::backup(id, QStringLiteral("Keeps it"), m_account)));
         const ServiceReply reply = m_listener->call(QStringLiteral("StorageDeleteFileSystem"), byId(m_account));
         QVERIFY(!reply.success);
         QVERIFY2(reply.error.contains(QStringLiteral("\"Keeps it\"")), qPrintable(reply.error));
@@ -312,7 +298,7 @@ private Q_SLOTS:
         const QString password = QStringLiteral("correct horse battery staple");
         const QString xml = PlanSamples::backup(
             id, QStringLiteral("Sealed"), m_account, {QStringLiteral("/home")}, QTime(), password);
-        QVERIFY(m_listener->call(QStringLiteral("PlanUpdate"), update(id, xml)).success);
+        QVERIFY(savePlan(id, xml));
         const int before = planCount();
 
         QVERIFY2(m_service->restart(), qPrintable(m_service->process().output()));
