@@ -30,15 +30,6 @@ using TWB::Test::TestEnvironment;
 
 namespace {
 
-int modeOf(const QString& path)
-{
-    struct stat info
-    { };
-    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
-        return -1;
-    return int(info.st_mode & 07777);
-}
-
 /// Sends one raw line on a fresh connection and returns what comes back before the service closes
 /// the connection or the time runs out.
 QByteArray exchangeRaw(const QString& socketPath, const QByteArray& line, int timeoutMs = 3000)
@@ -92,14 +83,6 @@ private Q_SLOTS:
         if (!m_service->isRunning())
             QVERIFY2(m_service->start(), qPrintable(m_service->output()));
         QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-    }
-
-    void socketAndFoldersArePrivate()
-    {
-        QCOMPARE(modeOf(m_env->socketPath()), 0600);
-        QCOMPARE(modeOf(QFileInfo(m_env->socketPath()).absolutePath()), 0700);
-        QCOMPARE(modeOf(m_env->dataDir()), 0700);
-        QVERIFY(logText().contains(QStringLiteral("listens on %1").arg(m_env->socketPath())));
     }
 
     void malformedRequestsGetAReplyThatNamesTheFault_data()
