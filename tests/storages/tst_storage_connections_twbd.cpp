@@ -117,6 +117,7 @@ private Q_SLOTS:
         QVERIFY(!QUuid(model->index(0, 1).data().toString()).isNull());
         const QString folder = m_env->dataDir() + QStringLiteral("/storage");
         QCOMPARE(model->index(0, 2).data().toString(), folder);
+        QVERIFY(QFileInfo(folder).isDir());
         QVERIFY(!model->index(0, 3).data().toString().isEmpty());
         QCOMPARE(model->index(0, 5).data().toInt(), int(TWL::Cloud::FileSystem));
         QVERIFY(model->index(0, 6).data().toDouble() > 0);

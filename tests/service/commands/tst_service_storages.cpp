@@ -55,28 +55,6 @@ private Q_SLOTS:
 
     void init() { m_listener->clearNotifications(); }
 
-    void firstStartMakesALocalStorage()
-    {
-        const ServiceReply reply = ServiceFixture::callThroughChannel(QStringLiteral("StorageGetConnection"));
-        QVERIFY2(reply.success, qPrintable(reply.error));
-        QCOMPARE(reply.data.value(QStringLiteral("NeedRetry")).toBool(true), false);
-        const QJsonArray rows = reply.data.value(QStringLiteral("storageConnection")).toArray();
-        QCOMPARE(rows.size(), 1);
-        const QJsonObject account = rows.first().toObject();
-        const QString folder = m_service->dataDir() + QStringLiteral("/storage");
-        QCOMPARE(account.value(QStringLiteral("DisplayName")).toString(), QStringLiteral("Local storage"));
-        QCOMPARE(account.value(QStringLiteral("Type")).toInt(), 1);
-        QCOMPARE(account.value(QStringLiteral("Path")).toString(), folder);
-        QCOMPARE(
-            account.value(QStringLiteral("DetailParams")).toObject().value(QStringLiteral("Path")).toString(), folder);
-        QVERIFY(!account.value(QStringLiteral("Prefix")).toString().isEmpty());
-        QVERIFY(account.value(QStringLiteral("PrefixArray")).isArray());
-        QCOMPARE(account.value(QStringLiteral("SyncStatus")).toBool(true), false);
-        QVERIFY(account.value(QStringLiteral("SpaceLimit")).toDouble() > 0);
-        QVERIFY(QFileInfo(folder).isDir());
-        QVERIFY(!QUuid(account.value(QStringLiteral("ID")).toString()).isNull());
-    }
-
     void savedAccountIsListedAndAnnouncedThenUpdated()
     {
         const QUuid id = QUuid::createUuid();
