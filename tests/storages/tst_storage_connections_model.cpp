@@ -614,26 +614,6 @@ private Q_SLOTS:
         QCOMPARE(error.count(), 0);
     }
 
-    void refusedRemovalKeepsTheRowAndSaysWhy()
-    {
-        const QUuid id = m_rows->add(QStringLiteral("In use"), 1);
-        auto model = loadedModel();
-        QVERIFY(model);
-        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
-        const QString refusal = QStringLiteral("The storage account is used by the plans \"Documents\"");
-        m_service.on(QStringLiteral("StorageDeleteFileSystem"),
-            FakeReply::fail(refusal, {{QStringLiteral("storageDeleteFileSystem"), QStringLiteral("error")}}));
-        LogCapture log;
-        QSignalSpy error(model.get(), &BaseModel::error);
-        QSignalSpy complite(model.get(), &BaseModel::complite);
-        QVERIFY(model->removeRows(0, 1));
-        QVERIFY(error.wait());
-        QCOMPARE(error.at(0).at(0).toString(), refusal);
-        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), refusal));
-        QCOMPARE(complite.count(), 0);
-        QCOMPARE(rowOf(*model, id), 0);
-    }
-
     void removalWithoutUserSendsAnEmptyProfile()
     {
         const QUuid id = m_rows->add(QStringLiteral("Anyone's"), 1);
