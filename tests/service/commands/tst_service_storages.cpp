@@ -55,34 +55,6 @@ private Q_SLOTS:
 
     void init() { m_listener->clearNotifications(); }
 
-    void savedAccountIsListedAndAnnouncedThenUpdated()
-    {
-        const QUuid id = QUuid::createUuid();
-        const QString folder = m_service->environment().root() + QStringLiteral("/backups/deep/below");
-        const int before = ServiceFixture::accounts(*m_listener).size();
-        const ServiceReply saved = ServiceFixture::callThroughChannel(
-            QStringLiteral("SaveStorage"), ServiceFixture::localAccount(id, QStringLiteral("USB disk"), folder));
-        QVERIFY2(saved.success, qPrintable(saved.error));
-        QCOMPARE(saved.data.value(QStringLiteral("SaveStorage")).toString(), QStringLiteral("success"));
-        QVERIFY(m_listener->waitForNotification(QLatin1String(Type::StorageAdded), id.toString()));
-        QVERIFY(QFileInfo(folder).isDir());
-        QCOMPARE(ServiceFixture::accounts(*m_listener).size(), before + 1);
-        QJsonObject account = row(*m_listener, id);
-        QCOMPARE(account.value(QStringLiteral("DisplayName")).toString(), QStringLiteral("USB disk"));
-        QCOMPARE(account.value(QStringLiteral("Prefix")).toString(), QStringLiteral("laptop"));
-        QCOMPARE(account.value(QStringLiteral("Path")).toString(), folder);
-
-        QJsonObject renamed = ServiceFixture::localAccount(id, QStringLiteral("USB disk 2"), folder);
-        renamed.insert(QStringLiteral("prefix"), QStringLiteral("desktop"));
-        QVERIFY(m_listener->call(QStringLiteral("SaveStorage"), renamed).success);
-        QVERIFY(m_listener->waitForNotification(QLatin1String(Type::StorageUpdated), id.toString()));
-        QCOMPARE(m_listener->countNotifications(QLatin1String(Type::StorageAdded)), 1);
-        QCOMPARE(ServiceFixture::accounts(*m_listener).size(), before + 1);
-        account = row(*m_listener, id);
-        QCOMPARE(account.value(QStringLiteral("DisplayName")).toString(), QStringLiteral("USB disk 2"));
-        QCOMPARE(account.value(QStringLiteral("Prefix")).toString(), QStringLiteral("desktop"));
-    }
-
     void secretsAreSealedAtRest_data()
     {
         QTest::addColumn<int>("type");
