@@ -65,15 +65,7 @@ private:
 
     std::unique_ptr<RestoreFile> restorePlan(const QStringList& items, const QString& destination)
     {
-        auto plan = std::make_unique<RestoreFile>();
-        plan->setId(QUuid::createUuid());
-        plan->setName(QStringLiteral("Restore"));
-        plan->setStorage(m_account);
-        plan->setRestoreItems(items);
-        plan->setRestoreToOriginalLocation(destination.isEmpty());
-        plan->setDestination(destination);
-        plan->setSkipExistingFiles(false);
-        return plan;
+        return EngineTestSupport::restorePlan(m_account, items, destination);
     }
 
     RunOutcome restore(RestoreFile& plan)

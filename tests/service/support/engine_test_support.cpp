@@ -2,6 +2,7 @@
 
 #include "platform/communication/notification_types.h"
 #include "platform/plan/backup_file.h"
+#include "platform/plan/restore_file.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -206,6 +207,20 @@ std::unique_ptr<TWB::Info::Plan::BackupFile> EngineTestSupport::backupPlan(
         plan->encryption().setEnabled(true);
         plan->encryption().setPassword(password);
     }
+    return plan;
+}
+
+std::unique_ptr<TWB::Info::Plan::RestoreFile> EngineTestSupport::restorePlan(
+    const QUuid& account, const QStringList& items, const QString& destination)
+{
+    auto plan = std::make_unique<TWB::Info::Plan::RestoreFile>();
+    plan->setId(QUuid::createUuid());
+    plan->setName(QStringLiteral("Restore"));
+    plan->setStorage(account);
+    plan->setRestoreItems(items);
+    plan->setRestoreToOriginalLocation(destination.isEmpty());
+    plan->setDestination(destination);
+    plan->setSkipExistingFiles(false);
     return plan;
 }
 

@@ -16,6 +16,7 @@
 namespace TWB::Info::Plan {
 class Base;
 class BackupFile;
+class RestoreFile;
 } // namespace TWB::Info::Plan
 
 namespace TWB::Test {
@@ -48,6 +49,10 @@ public:
     /// A backup plan of `items` onto `account`, encrypted when a password is given.
     static std::unique_ptr<TWB::Info::Plan::BackupFile> backupPlan(
         const QUuid& account, const QString& name, const QStringList& items, const QString& password = {});
+    /// A restore plan of catalog `items` from `account` into `destination`, or to where they came from
+    /// when it is empty; existing files are overwritten.
+    static std::unique_ptr<TWB::Info::Plan::RestoreFile> restorePlan(
+        const QUuid& account, const QStringList& items, const QString& destination);
 
     /// Saves the plan through "PlanUpdate"; false with the reason logged when refused.
     static bool save(RawClient& client, const TWB::Info::Plan::Base& plan);
