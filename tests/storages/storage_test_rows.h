@@ -4,6 +4,7 @@
 
 #include "support/fake_service.h"
 
+#include <QAbstractItemModel>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
@@ -36,6 +37,15 @@ inline QJsonObject storageRow(const QUuid& id, const QString& name, int type)
         {QStringLiteral("DetailParams"), detail},
         {QStringLiteral("SyncStatus"), false},
     };
+}
+
+/// The texts of a model's first column, top to bottom.
+inline QStringList names(const QAbstractItemModel& model)
+{
+    QStringList result;
+    for (int row = 0; row < model.rowCount(); ++row)
+        result << model.index(row, 0).data().toString();
+    return result;
 }
 
 /// The accounts a fake service holds, served whole by "StorageGetConnection" as the real service does.
@@ -81,6 +91,13 @@ public:
             if (rows.at(i).value(QStringLiteral("ID")).toString() == id.toString())
                 rows.removeAt(i);
         }
+    }
+
+    /// A notification from the service about one account, or about all when no id is given.
+    void notify(const char* type, const QUuid& id = QUuid())
+    {
+        m_service.notify(
+            QLatin1String(type), id.isNull() ? QJsonObject() : QJsonObject {{QStringLiteral("id"), id.toString()}});
     }
 
     QList<QJsonObject> rows;

@@ -1,12 +1,9 @@
 #include "engine_test_support.h"
-#include "frame/model_manager.h"
-#include "frame/model_names.h"
-#include "frame/shared_model_creator.h"
 #include "peers/modal_driver.h"
+#include "peers/storage_console.h"
 #include "peers/round_trip.h"
 #include "platform/cloud/account_keys.h"
 #include "platform/cloud/operation_manager.h"
-#include "platform/communication/connection_manager.h"
 #include "platform/crypt/local_password.h"
 #include "platform/plan/backup_file.h"
 #include "platform/plan/restore_file.h"
@@ -22,7 +19,6 @@
 #include "support/cloud_peers.h"
 #include "support/log_capture.h"
 #include "support/modal_answerer.h"
-#include "support/service_process.h"
 #include "support/test_environment.h"
 #include "wizard/page_cloud.h"
 
@@ -44,13 +40,12 @@
 using namespace TWB::GUI;
 using namespace TWB::GUI::Settings;
 using S3Form = Account::AmazonS3Compatible::Add;
-using TWB::Common::Communication::ConnectionManager;
 using TWB::Test::AzuritePeer;
 using TWB::Test::ModalAnswerer;
 using TWB::Test::ModalDriver;
 using TWB::Test::MotoPeer;
-using TWB::Test::ServiceProcess;
 using TWB::Test::SftpPeer;
+using TWB::Test::StorageConsole;
 using TWB::Test::TestEnvironment;
 
 namespace {
@@ -66,13 +61,9 @@ class TestAccountCloud : public QObject
 private:
     std::unique_ptr<TestEnvironment> m_env;
     std::unique_ptr<MotoPeer> m_moto;
-    std::unique_ptr<ServiceProcess> m_service;
-    std::unique_ptr<SharedModelCreator<StorageConnectionsModel>> m_creator;
+    std::unique_ptr<StorageConsole> m_console;
 
-    StorageConnectionsModel* model() const
-    {
-        return qobject_cast<StorageConnectionsModel*>(ModelManager::instance()->create(ModelNames::StorageConnection));
-    }
+    StorageConnectionsModel* model() const { return m_console->model(); }
 
     std::unique_ptr<S3Form> newForm()
     {
@@ -119,11 +110,7 @@ private:
         return shown->match(shown->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly).value(0);
     }
 
-    int rowOf(const QString& name) const
-    {
-        const QModelIndexList hits = model()->match(model()->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly);
-        return hits.isEmpty() ? -1 : hits.first().row();
-    }
+    int rowOf(const QString& name) const { return m_console->rowOf(name); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -139,23 +126,14 @@ private Q_SLOTS:
         QVERIFY2(seed.exitCode() == 0, seed.readAllStandardError().constData());
         // Google's S3 interface is moto here, for the service's runs as for the console.
         qputenv("TWB_GOOGLE_STORAGE_ENDPOINT", QByteArray("http://") + m_moto->endpoint().toUtf8());
-        m_service = std::make_unique<ServiceProcess>(m_env->socketPath(), m_env->dataDir());
-        QVERIFY2(m_service->start(), qPrintable(m_service->output()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        qputenv("USER", "alice");
-        m_creator = std::make_unique<SharedModelCreator<StorageConnectionsModel>>(ModelNames::StorageConnection);
-        ModelManager::instance()->registrateCreator(*m_creator);
-        QSignalSpy complite(model(), &BaseModel::complite);
-        QVERIFY(model()->init());
-        QVERIFY(complite.wait());
+        m_console = std::make_unique<StorageConsole>(*m_env);
+        QVERIFY2(m_console->start(), qPrintable(m_console->service().output()));
     }
 
     void cleanupTestCase()
     {
-        if (m_service)
-            QVERIFY2(m_service->terminate(), qPrintable(m_service->output()));
+        if (m_console)
+            QVERIFY2(m_console->service().terminate(), qPrintable(m_console->service().output()));
     }
 
     void wrongSecretShowsTheErrorAndLeavesTheFormUnlocked()

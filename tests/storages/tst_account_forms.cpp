@@ -3,12 +3,9 @@
 // every dialog and page.
 
 #include "frame/application.h"
-#include "frame/model_manager.h"
-#include "frame/model_names.h"
-#include "frame/shared_model_creator.h"
 #include "peers/modal_driver.h"
+#include "peers/storage_console.h"
 #include "platform/cloud/cloud_type.h"
-#include "platform/communication/connection_manager.h"
 #include "platform/plan/backup_file.h"
 #include "platform/settings/default_settings.h"
 #include "storages/account_advanced.h"
@@ -24,7 +21,6 @@
 #include "storages/storages_info.h"
 #include "storages/storages_update_watcher.h"
 #include "support/modal_answerer.h"
-#include "support/service_process.h"
 #include "support/test_caller.h"
 #include "support/test_environment.h"
 #include "wizard/page_cloud.h"
@@ -49,10 +45,9 @@
 
 using namespace TWB::GUI;
 using namespace TWB::GUI::Settings;
-using TWB::Common::Communication::ConnectionManager;
 using TWB::Test::ModalAnswerer;
 using TWB::Test::ModalDriver;
-using TWB::Test::ServiceProcess;
+using TWB::Test::StorageConsole;
 using TWB::Test::TestEnvironment;
 
 namespace {
@@ -120,19 +115,11 @@ class TestAccountForms : public QObject
 
 private:
     std::unique_ptr<TestEnvironment> m_env;
-    std::unique_ptr<ServiceProcess> m_service;
-    std::unique_ptr<SharedModelCreator<StorageConnectionsModel>> m_creator;
+    std::unique_ptr<StorageConsole> m_console;
 
-    StorageConnectionsModel* model() const
-    {
-        return qobject_cast<StorageConnectionsModel*>(ModelManager::instance()->create(ModelNames::StorageConnection));
-    }
+    StorageConnectionsModel* model() const { return m_console->model(); }
 
-    int rowOf(const QString& name) const
-    {
-        const QModelIndexList hits = model()->match(model()->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly);
-        return hits.isEmpty() ? -1 : hits.first().row();
-    }
+    int rowOf(const QString& name) const { return m_console->rowOf(name); }
 
     static QModelIndex shownRow(Storages& page, const QString& name)
     {
@@ -160,23 +147,14 @@ private Q_SLOTS:
     {
         m_env = std::make_unique<TestEnvironment>();
         qputenv("TWB_CONSOLE_SETTINGS_DIR", m_env->root().toUtf8());
-        m_service = std::make_unique<ServiceProcess>(m_env->socketPath(), m_env->dataDir());
-        QVERIFY2(m_service->start(), qPrintable(m_service->output()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        qputenv("USER", "alice");
-        m_creator = std::make_unique<SharedModelCreator<StorageConnectionsModel>>(ModelNames::StorageConnection);
-        ModelManager::instance()->registrateCreator(*m_creator);
-        QSignalSpy complite(model(), &BaseModel::complite);
-        QVERIFY(model()->init());
-        QVERIFY(complite.wait());
+        m_console = std::make_unique<StorageConsole>(*m_env);
+        QVERIFY2(m_console->start(), qPrintable(m_console->service().output()));
     }
 
     void cleanupTestCase()
     {
-        if (m_service)
-            QVERIFY2(m_service->terminate(), qPrintable(m_service->output()));
+        if (m_console)
+            QVERIFY2(m_console->service().terminate(), qPrintable(m_console->service().output()));
     }
 
     void chooserOffersEveryBackEndOfTheEdition()

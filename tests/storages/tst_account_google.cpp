@@ -1,8 +1,5 @@
-#include "frame/model_manager.h"
-#include "frame/model_names.h"
-#include "frame/shared_model_creator.h"
 #include "peers/modal_driver.h"
-#include "platform/communication/connection_manager.h"
+#include "peers/storage_console.h"
 #include "platform/crypt/local_password.h"
 #include "storages/account_factory.h"
 #include "storages/accounts/google.h"
@@ -10,7 +7,6 @@
 #include "storages/storage_connections_model.h"
 #include "support/cloud_peers.h"
 #include "support/log_capture.h"
-#include "support/service_process.h"
 #include "support/test_environment.h"
 
 #include <QCheckBox>
@@ -30,11 +26,10 @@ using namespace TWB::GUI;
 using namespace TWB::GUI::Settings;
 using Form = Account::Google::Add;
 using InstallApp = Form::AuthenticatioInstallApp;
-using TWB::Common::Communication::ConnectionManager;
 using TWB::Test::ModalDriver;
 using TWB::Test::MotoPeer;
 using TWB::Test::OAuthPeer;
-using TWB::Test::ServiceProcess;
+using TWB::Test::StorageConsole;
 using TWB::Test::TestEnvironment;
 
 namespace {
@@ -70,14 +65,10 @@ class TestAccountGoogle : public QObject
 private:
     std::unique_ptr<TestEnvironment> m_env;
     std::unique_ptr<OAuthPeer> m_provider;
-    std::unique_ptr<ServiceProcess> m_service;
-    std::unique_ptr<SharedModelCreator<StorageConnectionsModel>> m_creator;
+    std::unique_ptr<StorageConsole> m_console;
     Browser m_browser;
 
-    StorageConnectionsModel* model() const
-    {
-        return qobject_cast<StorageConnectionsModel*>(ModelManager::instance()->create(ModelNames::StorageConnection));
-    }
+    StorageConnectionsModel* model() const { return m_console->model(); }
 
     static std::unique_ptr<Form> newForm(const QString& name)
     {
@@ -119,11 +110,7 @@ private:
         return model()->index(rowOf(name), 8).data().toJsonObject();
     }
 
-    int rowOf(const QString& name) const
-    {
-        const QModelIndexList hits = model()->match(model()->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly);
-        return hits.isEmpty() ? -1 : hits.first().row();
-    }
+    int rowOf(const QString& name) const { return m_console->rowOf(name); }
 
     static void save(QWidget* widget, const QString& name)
     {
@@ -141,24 +128,15 @@ private Q_SLOTS:
             qPrintable(m_provider->output()));
         m_provider->exportEnvironment();
         QDesktopServices::setUrlHandler(QStringLiteral("http"), &m_browser, "open");
-        m_service = std::make_unique<ServiceProcess>(m_env->socketPath(), m_env->dataDir());
-        QVERIFY2(m_service->start(), qPrintable(m_service->output()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        qputenv("USER", "alice");
-        m_creator = std::make_unique<SharedModelCreator<StorageConnectionsModel>>(ModelNames::StorageConnection);
-        ModelManager::instance()->registrateCreator(*m_creator);
-        QSignalSpy complite(model(), &BaseModel::complite);
-        QVERIFY(model()->init());
-        QVERIFY(complite.wait());
+        m_console = std::make_unique<StorageConsole>(*m_env);
+        QVERIFY2(m_console->start(), qPrintable(m_console->service().output()));
     }
 
     void cleanupTestCase()
     {
         QDesktopServices::unsetUrlHandler(QStringLiteral("http"));
-        if (m_service)
-            QVERIFY2(m_service->terminate(), qPrintable(m_service->output()));
+        if (m_console)
+            QVERIFY2(m_console->service().terminate(), qPrintable(m_console->service().output()));
     }
 
     void installedApplicationSignsInListsSavesAndReopens()

@@ -1,10 +1,7 @@
-#include "frame/model_manager.h"
-#include "frame/model_names.h"
-#include "frame/shared_model_creator.h"
 #include "peers/modal_driver.h"
+#include "peers/storage_console.h"
 #include "peers/round_trip.h"
 #include "platform/cloud/get_prefix_operation.h"
-#include "platform/communication/connection_manager.h"
 #include "platform/crypt/local_password.h"
 #include "storages/account_advanced.h"
 #include "storages/account_factory.h"
@@ -16,7 +13,6 @@
 #include "storages/storages_info.h"
 #include "support/cloud_peers.h"
 #include "support/log_capture.h"
-#include "support/service_process.h"
 #include "support/test_environment.h"
 
 #include <QCheckBox>
@@ -33,10 +29,9 @@
 using namespace TWB::GUI;
 using namespace TWB::GUI::Settings;
 using SwiftForm = Account::OpenStack::Add;
-using TWB::Common::Communication::ConnectionManager;
 using TWB::Test::CloudPeer;
 using TWB::Test::ModalDriver;
-using TWB::Test::ServiceProcess;
+using TWB::Test::StorageConsole;
 using TWB::Test::SwiftPeer;
 using TWB::Test::TestEnvironment;
 
@@ -55,13 +50,9 @@ class TestAccountSwift : public QObject
 private:
     std::unique_ptr<TestEnvironment> m_env;
     std::unique_ptr<SwiftPeer> m_swift;
-    std::unique_ptr<ServiceProcess> m_service;
-    std::unique_ptr<SharedModelCreator<StorageConnectionsModel>> m_creator;
+    std::unique_ptr<StorageConsole> m_console;
 
-    StorageConnectionsModel* model() const
-    {
-        return qobject_cast<StorageConnectionsModel*>(ModelManager::instance()->create(ModelNames::StorageConnection));
-    }
+    StorageConnectionsModel* model() const { return m_console->model(); }
 
     static std::unique_ptr<SwiftForm> newForm(TWL::Cloud::Type type = TWL::Cloud::Openstack)
     {
@@ -97,11 +88,7 @@ private:
         return texts;
     }
 
-    int rowOf(const QString& name) const
-    {
-        const QModelIndexList hits = model()->match(model()->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly);
-        return hits.isEmpty() ? -1 : hits.first().row();
-    }
+    int rowOf(const QString& name) const { return m_console->rowOf(name); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -111,23 +98,14 @@ private Q_SLOTS:
         QVERIFY2(m_swift->start({QStringLiteral("ledger"), QStringLiteral("photos")},
                      {QStringLiteral("ledger/TWB_office/config")}),
             qPrintable(m_swift->output()));
-        m_service = std::make_unique<ServiceProcess>(m_env->socketPath(), m_env->dataDir());
-        QVERIFY2(m_service->start(), qPrintable(m_service->output()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        qputenv("USER", "alice");
-        m_creator = std::make_unique<SharedModelCreator<StorageConnectionsModel>>(ModelNames::StorageConnection);
-        ModelManager::instance()->registrateCreator(*m_creator);
-        QSignalSpy complite(model(), &BaseModel::complite);
-        QVERIFY(model()->init());
-        QVERIFY(complite.wait());
+        m_console = std::make_unique<StorageConsole>(*m_env);
+        QVERIFY2(m_console->start(), qPrintable(m_console->service().output()));
     }
 
     void cleanupTestCase()
     {
-        if (m_service)
-            QVERIFY2(m_service->terminate(), qPrintable(m_service->output()));
+        if (m_console)
+            QVERIFY2(m_console->service().terminate(), qPrintable(m_console->service().output()));
     }
 
     void signInOutcomes_data()

@@ -27,6 +27,7 @@ using TWB::Test::FakeReply;
 using TWB::Test::FakeRequest;
 using TWB::Test::FakeService;
 using TWB::Test::LogCapture;
+using TWB::Test::names;
 using TWB::Test::StorageRows;
 using TWB::Test::TestEnvironment;
 namespace NotificationType = TWB::Common::Communication::Notification::Type;
@@ -34,14 +35,6 @@ namespace NotificationType = TWB::Common::Communication::Notification::Type;
 namespace {
 
 using Tester = QAbstractItemModelTester;
-
-QStringList names(const QAbstractItemModel& model)
-{
-    QStringList result;
-    for (int row = 0; row < model.rowCount(); ++row)
-        result << model.index(row, 0).data().toString();
-    return result;
-}
 
 int rowOf(const QAbstractItemModel& model, const QUuid& id)
 {
@@ -86,12 +79,6 @@ private:
     std::unique_ptr<TestEnvironment> m_env;
     FakeService m_service;
     std::unique_ptr<StorageRows> m_rows;
-
-    void notify(const char* type, const QUuid& id = QUuid())
-    {
-        m_service.notify(
-            QLatin1String(type), id.isNull() ? QJsonObject() : QJsonObject {{QStringLiteral("id"), id.toString()}});
-    }
 
     /// A model holding the service's present accounts. The tester is attached once the first load is in: a
     /// full load announces new rows only after their data, which the tester rightly reads as a breach.
@@ -216,7 +203,7 @@ private Q_SLOTS:
         QStringList seen;
         recordSignals(*model, seen);
         QSignalSpy complite(model.get(), &BaseModel::complite);
-        notify(NotificationType::StorageListChanged);
+        m_rows->notify(NotificationType::StorageListChanged);
         QVERIFY(complite.wait());
 
         QCOMPARE(seen,
@@ -238,7 +225,7 @@ private Q_SLOTS:
         m_rows->rows.clear();
         QSignalSpy removed(model.get(), &QAbstractItemModel::rowsRemoved);
         QSignalSpy complite(model.get(), &BaseModel::complite);
-        notify(NotificationType::StorageListChanged);
+        m_rows->notify(NotificationType::StorageListChanged);
         QVERIFY(complite.wait());
         QCOMPARE(removed.count(), 3);
         for (const QList<QVariant>& args : qAsConst(removed))
@@ -250,17 +237,20 @@ private Q_SLOTS:
     {
         QTest::addColumn<FakeReply>("reply");
         QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("refresh"); // one account's refresh instead of a full load
         QTest::newRow("service refuses") << FakeReply::fail(QStringLiteral("The account store is locked"))
-                                         << "The account store is locked";
-        QTest::newRow("connection lost") << FakeReply::closeConnection() << "Local command reply format error";
+                                         << "The account store is locked" << false;
+        QTest::newRow("connection lost") << FakeReply::closeConnection() << "Local command reply format error" << false;
+        QTest::newRow("refresh refused") << FakeReply::fail(QStringLiteral("Store is busy")) << "Store is busy" << true;
     }
 
     void failedLoadKeepsTheRows()
     {
         QFETCH(FakeReply, reply);
         QFETCH(QString, text);
+        QFETCH(bool, refresh);
         m_rows->add(QStringLiteral("Stays"), 1);
-        m_rows->add(QStringLiteral("Stays too"), 2);
+        const QUuid second = m_rows->add(QStringLiteral("Stays too"), 2);
         auto model = loadedModel();
         QVERIFY(model);
         Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
@@ -268,7 +258,10 @@ private Q_SLOTS:
         LogCapture log;
         QSignalSpy error(model.get(), &BaseModel::error);
         QSignalSpy complite(model.get(), &BaseModel::complite);
-        QVERIFY(model->init());
+        if (refresh)
+            m_rows->notify(NotificationType::StorageUpdated, second);
+        else
+            QVERIFY(model->init());
         QVERIFY(error.wait());
         QCOMPARE(error.at(0).at(0).toString(), text);
         QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), text));
@@ -366,48 +359,40 @@ private Q_SLOTS:
         }
     }
 
-    void addForANewAccountInsertsOneRow()
+    void addOrUpdateInsertsOrChangesOneRow_data()
     {
-        m_rows->add(QStringLiteral("Old"), 1);
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<bool>("known");
+        QTest::addColumn<QString>("signal");
+        QTest::newRow("add, new account") << NotificationType::StorageAdded << false << "inserted 1-1";
+        QTest::newRow("add, known account") << NotificationType::StorageAdded << true << "changed 1 0-9";
+        QTest::newRow("update one") << NotificationType::StorageUpdated << true << "changed 1 0-9";
+    }
+
+    void addOrUpdateInsertsOrChangesOneRow()
+    {
+        QFETCH(QString, type);
+        QFETCH(bool, known);
+        QFETCH(QString, signal);
+        m_rows->add(QStringLiteral("Other"), 1);
+        QUuid id = known ? m_rows->add(QStringLiteral("Before"), 2) : QUuid();
         auto model = loadedModel();
         QVERIFY(model);
         Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
-        const QUuid id = m_rows->add(QStringLiteral("Newcomer"), 29);
+        if (known)
+            m_rows->rename(id, QStringLiteral("After"));
+        else
+            id = m_rows->add(QStringLiteral("After"), 29);
         QStringList seen;
         recordSignals(*model, seen);
         QSignalSpy updated(model.get(), &BaseModel::updated);
         QSignalSpy complite(model.get(), &BaseModel::complite);
-        notify(NotificationType::StorageAdded, id);
-        QVERIFY(complite.wait());
-        QCOMPARE(updated.count(), 1);
-        QCOMPARE(seen, (QStringList {"inserted 1-1", "complite"}));
-        QCOMPARE(model->index(1, 0).data().toString(), QStringLiteral("Newcomer"));
-        QCOMPARE(model->index(1, 5).data().toInt(), 29);
-    }
-
-    void addOrUpdateForAKnownAccountChangesTheRowOnly_data()
-    {
-        QTest::addColumn<QString>("type");
-        QTest::newRow("add") << NotificationType::StorageAdded;
-        QTest::newRow("update one") << NotificationType::StorageUpdated;
-    }
-
-    void addOrUpdateForAKnownAccountChangesTheRowOnly()
-    {
-        QFETCH(QString, type);
-        m_rows->add(QStringLiteral("Other"), 1);
-        const QUuid id = m_rows->add(QStringLiteral("Before"), 2);
-        auto model = loadedModel();
-        QVERIFY(model);
-        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
-        m_rows->rename(id, QStringLiteral("After"));
-        QStringList seen;
-        recordSignals(*model, seen);
-        QSignalSpy complite(model.get(), &BaseModel::complite);
         m_service.notify(type, {{QStringLiteral("id"), id.toString()}});
         QVERIFY(complite.wait());
-        QCOMPARE(seen, (QStringList {"changed 1 0-9", "complite"}));
+        QCOMPARE(updated.count(), 1);
+        QCOMPARE(seen, (QStringList {signal, "complite"}));
         QCOMPARE(names(*model), (QStringList {"Other", "After"}));
+        QCOMPARE(model->index(1, 5).data().toInt(), known ? 2 : 29);
     }
 
     void eachRefreshReplySettlesOnePendingAccount()
@@ -457,24 +442,6 @@ private Q_SLOTS:
         QCOMPARE(names(*model), QStringList {"Late"});
     }
 
-    void failedRefreshEmitsTheText()
-    {
-        m_rows->add(QStringLiteral("Stays"), 1);
-        auto model = loadedModel();
-        QVERIFY(model);
-        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
-        m_service.on(QStringLiteral("StorageGetConnection"), FakeReply::fail(QStringLiteral("Store is busy")));
-        LogCapture log;
-        QSignalSpy error(model.get(), &BaseModel::error);
-        QSignalSpy complite(model.get(), &BaseModel::complite);
-        notify(NotificationType::StorageUpdated, QUuid(m_rows->rows.first().value(QStringLiteral("ID")).toString()));
-        QVERIFY(error.wait());
-        QCOMPARE(error.at(0).at(0).toString(), QStringLiteral("Store is busy"));
-        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), QStringLiteral("Store is busy")));
-        QCOMPARE(complite.count(), 0);
-        QCOMPARE(names(*model), QStringList {"Stays"});
-    }
-
     void removeNotificationDropsTheRow()
     {
         m_rows->add(QStringLiteral("First"), 1);
@@ -487,7 +454,7 @@ private Q_SLOTS:
         recordSignals(*model, seen);
         QSignalSpy updated(model.get(), &BaseModel::updated);
         QSignalSpy complite(model.get(), &BaseModel::complite);
-        notify(NotificationType::StorageRemoved, id);
+        m_rows->notify(NotificationType::StorageRemoved, id);
         QVERIFY(complite.wait());
         QCOMPARE(updated.count(), 1);
         QCOMPARE(seen, (QStringList {"removed 1-1", "complite"}));
@@ -527,17 +494,17 @@ private Q_SLOTS:
         QStringList seen;
         recordSignals(*model, seen);
         QSignalSpy changed(model.get(), &QAbstractItemModel::dataChanged);
-        notify(NotificationType::StorageSyncStarted, id);
+        m_rows->notify(NotificationType::StorageSyncStarted, id);
         QVERIFY(changed.wait());
         QCOMPARE(model->index(1, 9).data().toBool(), true);
         QCOMPARE(model->index(0, 9).data().toBool(), false);
-        notify(NotificationType::StorageSyncFinished, id);
+        m_rows->notify(NotificationType::StorageSyncFinished, id);
         QVERIFY(changed.wait());
         QCOMPARE(model->index(1, 9).data().toBool(), false);
         QCOMPARE(seen, (QStringList {"changed 1 0-9", "changed 1 0-9"}));
 
         // A full load replaces the whole map, the status with it.
-        notify(NotificationType::StorageSyncStarted, id);
+        m_rows->notify(NotificationType::StorageSyncStarted, id);
         QVERIFY(changed.wait());
         QSignalSpy complite(model.get(), &BaseModel::complite);
         QVERIFY(model->init());
@@ -579,7 +546,7 @@ private Q_SLOTS:
         LogCapture log;
         m_service.notify(type, data);
         // A sync notice for the known account behind it shows when the first has been handled.
-        notify(NotificationType::StorageSyncStarted, known);
+        m_rows->notify(NotificationType::StorageSyncStarted, known);
         QTRY_COMPARE(seen.size(), 1);
         QCOMPARE(seen, QStringList {"changed 0 0-9"});
         QCOMPARE(updated.count(), 0);
@@ -613,8 +580,8 @@ private Q_SLOTS:
         QCOMPARE(removed.count(), 0);
         QCOMPARE(model->rowCount(), 3);
 
-        notify(NotificationType::StorageRemoved, second);
-        notify(NotificationType::StorageRemoved, first);
+        m_rows->notify(NotificationType::StorageRemoved, second);
+        m_rows->notify(NotificationType::StorageRemoved, first);
         QTRY_COMPARE(removed.count(), 2);
         QCOMPARE(names(*model), QStringList {"Third"});
     }
@@ -647,26 +614,6 @@ private Q_SLOTS:
         QCOMPARE(error.count(), 0);
     }
 
-    void refusedRemovalKeepsTheRowAndSaysWhy()
-    {
-        const QUuid id = m_rows->add(QStringLiteral("In use"), 1);
-        auto model = loadedModel();
-        QVERIFY(model);
-        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
-        const QString refusal = QStringLiteral("The storage account is used by the plans \"Documents\"");
-        m_service.on(QStringLiteral("StorageDeleteFileSystem"),
-            FakeReply::fail(refusal, {{QStringLiteral("storageDeleteFileSystem"), QStringLiteral("error")}}));
-        LogCapture log;
-        QSignalSpy error(model.get(), &BaseModel::error);
-        QSignalSpy complite(model.get(), &BaseModel::complite);
-        QVERIFY(model->removeRows(0, 1));
-        QVERIFY(error.wait());
-        QCOMPARE(error.at(0).at(0).toString(), refusal);
-        QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), refusal));
-        QCOMPARE(complite.count(), 0);
-        QCOMPARE(rowOf(*model, id), 0);
-    }
-
     void removalWithoutUserSendsAnEmptyProfile()
     {
         const QUuid id = m_rows->add(QStringLiteral("Anyone's"), 1);
@@ -680,24 +627,6 @@ private Q_SLOTS:
         QVERIFY(request.params.contains(QStringLiteral("profile")));
         QCOMPARE(request.params.value(QStringLiteral("profile")).toString(), QString());
         QCOMPARE(request.params.value(QStringLiteral("ID")).toString(), id.toString());
-    }
-
-    void resultSlotsWithoutACommandDoNothing()
-    {
-        m_rows->add(QStringLiteral("Only"), 1);
-        auto model = loadedModel();
-        QVERIFY(model);
-        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
-        QSignalSpy complite(model.get(), &BaseModel::complite);
-        QSignalSpy error(model.get(), &BaseModel::error);
-        LogCapture log;
-        model->onGetConnectionResult();
-        model->onEditStorage();
-        model->onRemovedResult();
-        QCOMPARE(complite.count(), 0);
-        QCOMPARE(error.count(), 0);
-        QCOMPARE(log.entries().size(), 0);
-        QCOMPARE(model->rowCount(), 1);
     }
 
     void standaloneIconsFollowTheBackEnd_data()

@@ -21,6 +21,7 @@
 using namespace TWB::GUI;
 using TWB::Common::Communication::ConnectionManager;
 using TWB::Test::FakeService;
+using TWB::Test::names;
 using TWB::Test::StorageRows;
 using TWB::Test::TestEnvironment;
 namespace NotificationType = TWB::Common::Communication::Notification::Type;
@@ -29,14 +30,6 @@ namespace {
 
 using Tester = QAbstractItemModelTester;
 using ProxyMaker = std::function<QSortFilterProxyModel*()>;
-
-QStringList names(const QAbstractItemModel& model)
-{
-    QStringList result;
-    for (int row = 0; row < model.rowCount(); ++row)
-        result << model.index(row, 0).data().toString();
-    return result;
-}
 
 } // namespace
 
@@ -51,12 +44,6 @@ private:
     std::unique_ptr<TestEnvironment> m_env;
     FakeService m_service;
     std::unique_ptr<StorageRows> m_rows;
-
-    void notify(const char* type, const QUuid& id = QUuid())
-    {
-        m_service.notify(
-            QLatin1String(type), id.isNull() ? QJsonObject() : QJsonObject {{QStringLiteral("id"), id.toString()}});
-    }
 
     static bool load(StorageConnectionsModel& model)
     {
@@ -110,20 +97,20 @@ private Q_SLOTS:
 
         // Accounts that come and go by notification reach the right views.
         const QUuid added = m_rows->add(QStringLiteral("Second blob"), 3);
-        notify(NotificationType::StorageAdded, added);
+        m_rows->notify(NotificationType::StorageAdded, added);
         QTRY_COMPARE(names(azure), (QStringList {"Blob", "Second blob"}));
         QCOMPARE(names(cloud), (QStringList {"Bucket", "Blob", "Server", "Second blob"}));
         QCOMPARE(local.rowCount(), 2);
 
         const QUuid usb = QUuid(m_rows->rows.at(3).value(QStringLiteral("ID")).toString());
-        notify(NotificationType::StorageRemoved, usb);
+        m_rows->notify(NotificationType::StorageRemoved, usb);
         QTRY_COMPARE(names(local), QStringList {"Home folder"});
         QCOMPARE(cloud.rowCount(), 4);
 
         // An account whose type changes moves between the views at once.
         QJsonObject& bucket = m_rows->rows[1];
         bucket.insert(QStringLiteral("Type"), 3);
-        notify(NotificationType::StorageUpdated, QUuid(bucket.value(QStringLiteral("ID")).toString()));
+        m_rows->notify(NotificationType::StorageUpdated, QUuid(bucket.value(QStringLiteral("ID")).toString()));
         QTRY_COMPARE(names(azure), (QStringList {"Bucket", "Blob", "Second blob"}));
         QCOMPARE(cloud.rowCount(), 4);
 
@@ -173,7 +160,7 @@ private Q_SLOTS:
 
         // A later full load that brings an account, with the proxy in use.
         m_rows->add(QStringLiteral("Another bucket"), 2);
-        notify(NotificationType::StorageListChanged);
+        m_rows->notify(NotificationType::StorageListChanged);
         QTRY_COMPARE(model.rowCount(), 4);
         QCOMPARE(names(*proxy), shownAfterReload);
     }
@@ -209,12 +196,12 @@ private Q_SLOTS:
 
         // A new account finds its place, and a renamed one moves.
         const QUuid added = m_rows->add(QStringLiteral("Archive"), 7);
-        notify(NotificationType::StorageAdded, added);
+        m_rows->notify(NotificationType::StorageAdded, added);
         QTRY_COMPARE(sorted.rowCount(), 6);
         QCOMPARE(names(sorted),
             (QStringList {"alpha blob", "Archive", "Beta sftp", "zebra bucket", "aardvark files", "Backups"}));
         m_rows->rename(added, QStringLiteral("Zulu archive"));
-        notify(NotificationType::StorageUpdated, added);
+        m_rows->notify(NotificationType::StorageUpdated, added);
         QTRY_COMPARE(names(sorted),
             (QStringList {"alpha blob", "Beta sftp", "zebra bucket", "Zulu archive", "aardvark files", "Backups"}));
     }

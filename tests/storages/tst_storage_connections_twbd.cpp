@@ -1,27 +1,29 @@
 #include "storages/storage_connections_cloud_model.h"
 #include "storages/storage_connections_local_model.h"
 #include "storages/storage_connections_model.h"
-#include "frame/model_manager.h"
-#include "frame/model_names.h"
-#include "frame/shared_model_creator.h"
-#include "platform/communication/connection_manager.h"
+#include "peers/storage_console.h"
+#include "platform/communication/notification_center.h"
+#include "platform/communication/notification_types.h"
 #include "platform/plan/backup_file.h"
-#include "support/service_process.h"
-#include "support/test_caller.h"
+#include "service_fixture.h"
 #include "support/test_environment.h"
 
 #include <QAbstractItemModelTester>
 #include <QDir>
+#include <QJsonDocument>
 #include <QSignalSpy>
 #include <QtTest>
 
 #include <memory>
 
 using namespace TWB::GUI;
-using TWB::Common::Communication::ConnectionManager;
-using TWB::Test::ServiceProcess;
-using TWB::Test::TestCaller;
+using TWB::Common::Communication::NotificationCenter;
+using TWB::Test::ServiceFixture;
+using TWB::Test::ServiceReply;
+using TWB::Test::StorageConsole;
 using TWB::Test::TestEnvironment;
+
+namespace NotificationType = TWB::Common::Communication::Notification::Type;
 
 namespace {
 
@@ -42,64 +44,36 @@ class TestStorageConnectionsTwbd : public QObject
 
 private:
     std::unique_ptr<TestEnvironment> m_env;
-    std::unique_ptr<ServiceProcess> m_service;
-    std::unique_ptr<SharedModelCreator<StorageConnectionsModel>> m_creator;
+    std::unique_ptr<StorageConsole> m_console;
 
-    /// Sends a command to the service and waits for its answer. Empty when it failed; the text goes to failure.
-    QJsonObject call(const QString& name, const QJsonObject& params, QString* failure = nullptr)
+    /// Saves through the console's channel; the reply says "success" in its own key too.
+    bool saveStorage(const QUuid& id, const QString& name, int type, const QJsonObject& document,
+        const QString& prefix = QStringLiteral("laptop"))
     {
-        TestCaller caller;
-        QSignalSpy succeeded(&caller, &TestCaller::succeeded);
-        QSignalSpy failed(&caller, &TestCaller::failed);
-        if (!caller.send(name, params))
-            return QJsonObject();
-        if (!QTest::qWaitFor([&] { return succeeded.count() + failed.count() > 0; }, 10000))
-            return QJsonObject();
-        if (!failed.isEmpty()) {
-            if (failure)
-                *failure = failed.first().first().toString();
-            return QJsonObject();
-        }
-        return succeeded.first().first().toJsonObject();
-    }
-
-    bool saveStorage(const QUuid& id, const QString& name, int type, const QJsonObject& document)
-    {
-        QString failure;
-        call(QStringLiteral("SaveStorage"),
+        const ServiceReply reply = ServiceFixture::callThroughChannel(QStringLiteral("SaveStorage"),
             {{QStringLiteral("ID"), id.toString()}, {QStringLiteral("displayName"), name},
-                {QStringLiteral("prefix"), QStringLiteral("laptop")}, {QStringLiteral("type"), type},
-                {QStringLiteral("params"), document}},
-            &failure);
-        if (!failure.isEmpty())
-            qWarning("SaveStorage failed: %s", qPrintable(failure));
-        return failure.isEmpty();
+                {QStringLiteral("prefix"), prefix}, {QStringLiteral("type"), type},
+                {QStringLiteral("params"), document}});
+        if (!reply.success)
+            qWarning("SaveStorage failed: %s", qPrintable(reply.error));
+        return reply.success && reply.data.value(QStringLiteral("SaveStorage")).toString() == QLatin1String("success");
     }
 
     /// The shared list, as the host registers it and the pages ask for it.
-    StorageConnectionsModel* sharedModel() const
-    {
-        return qobject_cast<StorageConnectionsModel*>(ModelManager::instance()->create(ModelNames::StorageConnection));
-    }
+    StorageConnectionsModel* sharedModel() const { return m_console->model(); }
 
 private Q_SLOTS:
     void initTestCase()
     {
         m_env = std::make_unique<TestEnvironment>();
-        m_service = std::make_unique<ServiceProcess>(m_env->socketPath(), m_env->dataDir());
-        QVERIFY2(m_service->start(), qPrintable(m_service->output()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        qputenv("USER", "alice");
-        m_creator = std::make_unique<SharedModelCreator<StorageConnectionsModel>>(ModelNames::StorageConnection);
-        ModelManager::instance()->registrateCreator(*m_creator);
+        m_console = std::make_unique<StorageConsole>(*m_env);
+        QVERIFY2(m_console->start(), qPrintable(m_console->service().output()));
     }
 
     void cleanupTestCase()
     {
-        if (m_service)
-            QVERIFY2(m_service->terminate(), qPrintable(m_service->output()));
+        if (m_console)
+            QVERIFY2(m_console->service().terminate(), qPrintable(m_console->service().output()));
     }
 
     void firstStartListsTheLocalStorage()
@@ -117,6 +91,7 @@ private Q_SLOTS:
         QVERIFY(!QUuid(model->index(0, 1).data().toString()).isNull());
         const QString folder = m_env->dataDir() + QStringLiteral("/storage");
         QCOMPARE(model->index(0, 2).data().toString(), folder);
+        QVERIFY(QFileInfo(folder).isDir());
         QVERIFY(!model->index(0, 3).data().toString().isEmpty());
         QCOMPARE(model->index(0, 5).data().toInt(), int(TWL::Cloud::FileSystem));
         QVERIFY(model->index(0, 6).data().toDouble() > 0);
@@ -172,12 +147,19 @@ private Q_SLOTS:
         QCOMPARE(cloud.rowCount(), 1);
         QCOMPARE(cloud.index(0, 0).data().toString(), QStringLiteral("Offsite"));
 
-        // Saved again under a new name: the "Update" notification changes the row in place.
+        // Saved again under a new name and prefix: the "Update" notification changes the row in place.
         QSignalSpy changed(model, &QAbstractItemModel::dataChanged);
-        QVERIFY(saveStorage(usb, QStringLiteral("USB disk, blue"), 1, {{QStringLiteral("Path"), usbFolder}}));
+        QSignalSpy notes(NotificationCenter::instance().data(), &NotificationCenter::notification);
+        QVERIFY(saveStorage(usb, QStringLiteral("USB disk, blue"), 1, {{QStringLiteral("Path"), usbFolder}},
+            QStringLiteral("desktop")));
         QTRY_COMPARE(model->index(usbRow, 0).data().toString(), QStringLiteral("USB disk, blue"));
+        QCOMPARE(model->index(usbRow, 3).data().toString(), QStringLiteral("desktop"));
         QVERIFY(!changed.isEmpty());
         QCOMPARE(inserted.count(), 2);
+        QCOMPARE(notes.count(), 1);
+        QCOMPARE(QUuid(notes.first().first().value<QJsonDocument>().object().value(QStringLiteral("id")).toString()),
+            QUuid(QLatin1String(NotificationType::StorageUpdated)));
+        QCOMPARE(model->rowCount(), before + 2);
 
         // A plan that backs up to the account holds it: the service refuses, and the row stays.
         const QUuid plan = QUuid::createUuid();
@@ -186,10 +168,9 @@ private Q_SLOTS:
         document.setName(QStringLiteral("Documents"));
         document.setStorage(usb);
         document.setItems({QStringLiteral("/home/alice/Documents")});
-        QString failure;
-        call(QStringLiteral("PlanUpdate"),
-            {{QStringLiteral("ID"), plan.toString()}, {QStringLiteral("planXML"), document.toXml()}}, &failure);
-        QVERIFY2(failure.isEmpty(), qPrintable(failure));
+        ServiceReply reply = ServiceFixture::callThroughChannel(QStringLiteral("PlanUpdate"),
+            {{QStringLiteral("ID"), plan.toString()}, {QStringLiteral("planXML"), document.toXml()}});
+        QVERIFY2(reply.success, qPrintable(reply.error));
         QSignalSpy error(model, &BaseModel::error);
         QVERIFY(model->removeRows(usbRow, 1));
         QVERIFY(error.wait());
@@ -198,8 +179,9 @@ private Q_SLOTS:
         QCOMPARE(rowOf(*model, usb), usbRow);
 
         // Without the plan it goes, when the service says so; its files stay where they were.
-        call(QStringLiteral("PlanRemove"), {{QStringLiteral("ID"), plan.toString()}}, &failure);
-        QVERIFY2(failure.isEmpty(), qPrintable(failure));
+        reply = ServiceFixture::callThroughChannel(
+            QStringLiteral("PlanRemove"), {{QStringLiteral("ID"), plan.toString()}});
+        QVERIFY2(reply.success, qPrintable(reply.error));
         QSignalSpy removed(model, &QAbstractItemModel::rowsRemoved);
         QVERIFY(model->removeRows(usbRow, 1));
         QCOMPARE(rowOf(*model, usb), usbRow);

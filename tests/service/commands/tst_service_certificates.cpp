@@ -1,7 +1,6 @@
 #include "raw_client.h"
 #include "service_fixture.h"
 
-#include "platform/communication/connection_manager.h"
 #include "service/store/certificate_store.h"
 #include "service/store/database.h"
 
@@ -102,11 +101,8 @@ private Q_SLOTS:
         m_key = QSslKey(&key, QSsl::Rsa, QSsl::Pem);
         QVERIFY(!m_certificate.isNull() && !m_key.isNull());
 
-        QVERIFY2(m_service->start(), qPrintable(m_service->process().output()));
-        TWB::Test::TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(TWB::Common::Communication::ConnectionManager::instance()->isLocalManagmentConnected());
         m_client = std::make_unique<RawClient>();
-        QVERIFY(m_client->connectTo(m_service->socketPath()));
+        QVERIFY2(m_service->startWithConsoles(*m_client), qPrintable(m_service->process().output()));
     }
 
     void untrustedPeerShowsItsCertificate_data()
@@ -168,22 +164,30 @@ private Q_SLOTS:
             qPrintable(reply.error));
     }
 
-    void endpointRefusals_data()
+    void refusals_data()
     {
+        QTest::addColumn<QString>("command");
         QTest::addColumn<QJsonObject>("params");
         QTest::addColumn<QString>("error");
-        QTest::newRow("no endpoint") << QJsonObject() << "Parameter \"endpoint\" of GetPeerSslCertificate is missing";
-        QTest::newRow("empty endpoint") << endpoint(QStringLiteral(" "))
+        const QString peer = QStringLiteral("GetPeerSslCertificate");
+        const QString append = QStringLiteral("AppendToSslStorage");
+        QTest::newRow("no endpoint") << peer << QJsonObject()
+                                     << "Parameter \"endpoint\" of GetPeerSslCertificate is missing";
+        QTest::newRow("empty endpoint") << peer << endpoint(QStringLiteral(" "))
                                         << "Parameter \"endpoint\" of GetPeerSslCertificate is empty";
-        QTest::newRow("no host") << endpoint(QStringLiteral("https://:443/"))
+        QTest::newRow("no host") << peer << endpoint(QStringLiteral("https://:443/"))
                                  << "Parameter \"endpoint\" of GetPeerSslCertificate has no host name";
+        QTest::newRow("not PEM") << append << QJsonObject {{QStringLiteral("pem"), QStringLiteral("hello")}}
+                                 << "Parameter \"pem\" of AppendToSslStorage holds no PEM certificate";
+        QTest::newRow("no PEM") << append << QJsonObject() << "Parameter \"pem\" of AppendToSslStorage is missing";
     }
 
-    void endpointRefusals()
+    void refusals()
     {
+        QFETCH(QString, command);
         QFETCH(QJsonObject, params);
         QFETCH(QString, error);
-        const ServiceReply reply = m_client->call(QStringLiteral("GetPeerSslCertificate"), params);
+        const ServiceReply reply = m_client->call(command, params);
         QVERIFY(!reply.success);
         QVERIFY2(reply.error.startsWith(error), qPrintable(reply.error));
     }
@@ -204,15 +208,6 @@ private Q_SLOTS:
         store.open();
         QCOMPARE(TWB::Service::CertificateStore(store).all(), QList<QSslCertificate>({m_certificate}));
         QVERIFY(m_client->connectTo(m_service->socketPath()));
-    }
-
-    void certificateRefusals()
-    {
-        ServiceReply reply
-            = m_client->call(QStringLiteral("AppendToSslStorage"), {{QStringLiteral("pem"), QStringLiteral("hello")}});
-        QCOMPARE(reply.error, QStringLiteral("Parameter \"pem\" of AppendToSslStorage holds no PEM certificate"));
-        reply = m_client->call(QStringLiteral("AppendToSslStorage"));
-        QCOMPARE(reply.error, QStringLiteral("Parameter \"pem\" of AppendToSslStorage is missing"));
     }
 };
 

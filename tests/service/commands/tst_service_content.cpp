@@ -124,12 +124,7 @@ private Q_SLOTS:
                             m_service->environment().root() + QStringLiteral("/empty")))
                     .success);
         // The first account's prefix is this machine's name; the test's files go under it.
-        const QJsonObject firstRow = m_client->call(QStringLiteral("StorageGetConnection"))
-                                         .data.value(QStringLiteral("storageConnection"))
-                                         .toArray()
-                                         .first()
-                                         .toObject();
-        m_own = firstRow.value(QStringLiteral("Prefix")).toString();
+        m_own = ServiceFixture::accounts(*m_client).first().toObject().value(QStringLiteral("Prefix")).toString();
         const QString& own = m_own;
 
         m_store = std::make_unique<Database>(m_service->storeFile());
@@ -305,13 +300,9 @@ private Q_SLOTS:
         params.insert(QStringLiteral("prefix"), prefix);
         QCOMPARE(listAll(*m_client, QStringLiteral("GetRestoreContent"), params).names,
             QStringList({QStringLiteral("other.txt")}));
-        const QJsonArray rows = m_client->call(QStringLiteral("StorageGetConnection"))
-                                    .data.value(QStringLiteral("storageConnection"))
-                                    .toArray();
-        for (const QJsonValue& row : rows) {
-            if (QUuid(row.toObject().value(QStringLiteral("ID")).toString()) == m_account)
-                QVERIFY(row.toObject().value(QStringLiteral("PrefixArray")).toArray().contains(prefix));
-        }
+        const QJsonObject account = ServiceFixture::accounts(*m_client).first().toObject();
+        QCOMPARE(QUuid(account.value(QStringLiteral("ID")).toString()), m_account);
+        QVERIFY(account.value(QStringLiteral("PrefixArray")).toArray().contains(prefix));
     }
 
     void contentTypeFollowsTheCatalog()

@@ -1,7 +1,6 @@
 #include "raw_client.h"
 #include "service_fixture.h"
 
-#include "platform/communication/connection_manager.h"
 #include "service/store/database.h"
 #include "service/store/history_store.h"
 #include "service/store/transaction.h"
@@ -73,11 +72,8 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_service = std::make_unique<ServiceFixture>();
-        QVERIFY2(m_service->start(), qPrintable(m_service->process().output()));
-        TWB::Test::TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(TWB::Common::Communication::ConnectionManager::instance()->isLocalManagmentConnected());
         m_client = std::make_unique<RawClient>();
-        QVERIFY(m_client->connectTo(m_service->socketPath()));
+        QVERIFY2(m_service->startWithConsoles(*m_client), qPrintable(m_service->process().output()));
 
         // Runs are written by runs; here the test writes them into the live store.
         TWB::Service::Database store(m_service->storeFile());

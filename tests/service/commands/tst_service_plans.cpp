@@ -2,7 +2,6 @@
 #include "raw_client.h"
 #include "service_fixture.h"
 
-#include "platform/communication/connection_manager.h"
 #include "platform/communication/notification_center.h"
 #include "platform/communication/notification_types.h"
 #include "platform/plan/backup_file.h"
@@ -64,6 +63,11 @@ private:
     std::unique_ptr<RawClient> m_listener;
     QUuid m_account;
 
+    bool savePlan(const QUuid& id, const QString& xml)
+    {
+        return m_listener->call(QStringLiteral("PlanUpdate"), update(id, xml)).success;
+    }
+
     int planCount()
     {
         return m_listener->call(QStringLiteral("PlanGetList")).data.value(QStringLiteral("planList")).toArray().size();
@@ -73,11 +77,8 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_service = std::make_unique<ServiceFixture>();
-        QVERIFY2(m_service->start(), qPrintable(m_service->process().output()));
-        TWB::Test::TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(TWB::Common::Communication::ConnectionManager::instance()->isLocalManagmentConnected());
         m_listener = std::make_unique<RawClient>();
-        QVERIFY(m_listener->connectTo(m_service->socketPath()));
+        QVERIFY2(m_service->startWithConsoles(*m_listener), qPrintable(m_service->process().output()));
         m_account = ServiceFixture::firstAccount(*m_listener);
         QVERIFY(!m_account.isNull());
     }
@@ -141,10 +142,7 @@ private Q_SLOTS:
     void changedPlanIsAnnouncedAsUpdatedAndReadsBackEqual()
     {
         const QUuid id = QUuid::createUuid();
-        QVERIFY(m_listener
-                    ->call(QStringLiteral("PlanUpdate"),
-                        update(id, PlanSamples::backup(id, QStringLiteral("Old"), m_account)))
-                    .success);
+        QVERIFY(savePlan(id, PlanSamples::backup(id, QStringLiteral("Old"), m_account)));
         const int before = planCount();
         const QString xml = PlanSamples::backup(
             id, QStringLiteral("New name"), m_account, {QStringLiteral("/srv"), QStringLiteral("/etc")});
@@ -163,45 +161,62 @@ private Q_SLOTS:
         QVERIFY(*sent == *back);
     }
 
-    void planUpdateRefusals_data()
+    void refusals_data()
     {
+        QTest::addColumn<QString>("command");
         QTest::addColumn<QJsonObject>("params");
         QTest::addColumn<QString>("error");
+        const QUuid unknown = QUuid::createUuid();
+        for (const char* command : {"PlanExecuteStart", "PlanExecuteStop"}) {
+            QTest::addRow("%s, unknown plan", command)
+                << command << byId(unknown)
+                << QStringLiteral("Parameter \"ID\" of %1 names no plan: %2").arg(command, unknown.toString());
+            QTest::addRow("%s, no ID", command)
+                << command << QJsonObject() << QStringLiteral("Parameter \"ID\" of %1 is missing").arg(command);
+        }
+        QTest::newRow("PlanGetInfo, upper-case ID")
+            << "PlanGetInfo" << byId(unknown) << "Parameter \"id\" of PlanGetInfo is missing";
+        const QString save = QStringLiteral("PlanUpdate");
         const QUuid id = QUuid::createUuid();
         const QString good = PlanSamples::backup(id, QStringLiteral("P"), QUuid());
-        QTest::newRow("no ID") << QJsonObject {{QStringLiteral("planXML"), good}}
+        QTest::newRow("no ID") << save << QJsonObject {{QStringLiteral("planXML"), good}}
                                << "Parameter \"ID\" of PlanUpdate is missing";
-        QTest::newRow("ID not an id") << QJsonObject {{QStringLiteral("ID"), QStringLiteral("plan-1")},
-            {QStringLiteral("planXML"), good}}
+        QTest::newRow("ID not an id") << save
+                                      << QJsonObject {{QStringLiteral("ID"), QStringLiteral("plan-1")},
+                                             {QStringLiteral("planXML"), good}}
                                       << "Parameter \"ID\" of PlanUpdate is not an identifier: \"plan-1\"";
-        QTest::newRow("no planXML") << byId(id) << "Parameter \"planXML\" of PlanUpdate is missing";
-        QTest::newRow("planXML not a string") << QJsonObject {{QStringLiteral("ID"), id.toString()},
-            {QStringLiteral("planXML"), 5}} << "Parameter \"planXML\" of PlanUpdate is not a string";
-        QTest::newRow("not XML") << update(id, QStringLiteral("<Plan")) << "is not a plan: The plan is no XML";
-        QTest::newRow("not a plan") << update(id, QStringLiteral("<Backup format=\"1\"/>"))
+        QTest::newRow("no planXML") << save << byId(id) << "Parameter \"planXML\" of PlanUpdate is missing";
+        QTest::newRow("planXML not a string")
+            << save << QJsonObject {{QStringLiteral("ID"), id.toString()}, {QStringLiteral("planXML"), 5}}
+            << "Parameter \"planXML\" of PlanUpdate is not a string";
+        QTest::newRow("not XML") << save << update(id, QStringLiteral("<Plan")) << "is not a plan: The plan is no XML";
+        QTest::newRow("not a plan") << save << update(id, QStringLiteral("<Backup format=\"1\"/>"))
                                     << "is not a plan: The document is no plan";
-        QTest::newRow("malformed plan") << update(
-            id, QString(good).replace(QStringLiteral("<Type>0</Type>"), QStringLiteral("<Type>x</Type>")))
+        QTest::newRow("malformed plan") << save
+                                        << update(id,
+                                               QString(good).replace(
+                                                   QStringLiteral("<Type>0</Type>"), QStringLiteral("<Type>x</Type>")))
                                         << "is not a plan: The plan document is malformed";
         const QUuid other = QUuid::createUuid();
         QTest::newRow("ID of another plan")
-            << update(other, good)
+            << save << update(other, good)
             << QStringLiteral("Parameter \"ID\" of PlanUpdate is %1, but the document in \"planXML\" is the plan %2")
                    .arg(other.toString(), id.toString());
         const QUuid missing = QUuid::createUuid();
         QTest::newRow("unknown storage")
-            << update(id, PlanSamples::backup(id, QStringLiteral("P"), missing))
+            << save << update(id, PlanSamples::backup(id, QStringLiteral("P"), missing))
             << QStringLiteral("names the storage account %1, which does not exist").arg(missing.toString());
-        QTest::newRow("no name") << update(id, PlanSamples::backup(id, QStringLiteral("  "), QUuid()))
+        QTest::newRow("no name") << save << update(id, PlanSamples::backup(id, QStringLiteral("  "), QUuid()))
                                  << "holds a plan without a name";
     }
 
-    void planUpdateRefusals()
+    void refusals()
     {
+        QFETCH(QString, command);
         QFETCH(QJsonObject, params);
         QFETCH(QString, error);
         const int before = planCount();
-        const ServiceReply reply = m_listener->call(QStringLiteral("PlanUpdate"), params);
+        const ServiceReply reply = m_listener->call(command, params);
         QVERIFY(reply.received);
         QVERIFY(!reply.success);
         QVERIFY2(reply.error.contains(error), qPrintable(reply.error));
@@ -212,10 +227,7 @@ private Q_SLOTS:
     void planKeepsItsKind()
     {
         const QUuid id = QUuid::createUuid();
-        QVERIFY(m_listener
-                    ->call(QStringLiteral("PlanUpdate"),
-                        update(id, PlanSamples::backup(id, QStringLiteral("B"), m_account)))
-                    .success);
+        QVERIFY(savePlan(id, PlanSamples::backup(id, QStringLiteral("B"), m_account)));
         const ServiceReply reply = m_listener->call(
             QStringLiteral("PlanUpdate"), update(id, PlanSamples::restore(id, QStringLiteral("R"), m_account)));
         QVERIFY(!reply.success);
@@ -227,10 +239,7 @@ private Q_SLOTS:
     void removedPlanIsAnnouncedAndGone()
     {
         const QUuid id = QUuid::createUuid();
-        QVERIFY(m_listener
-                    ->call(QStringLiteral("PlanUpdate"),
-                        update(id, PlanSamples::restore(id, QStringLiteral("R"), m_account)))
-                    .success);
+        QVERIFY(savePlan(id, PlanSamples::restore(id, QStringLiteral("R"), m_account)));
         const ServiceReply removed = ServiceFixture::callThroughChannel(QStringLiteral("PlanRemove"), byId(id));
         QVERIFY2(removed.success, qPrintable(removed.error));
         QVERIFY(m_listener->waitForNotification(QLatin1String(Type::PlanRemoved), id.toString()));
@@ -249,37 +258,13 @@ private Q_SLOTS:
         QCOMPARE(m_listener->countNotifications(QLatin1String(Type::PlanRemoved)), 1);
     }
 
-    void planInfoNeedsAnId()
-    {
-        const ServiceReply reply
-            = m_listener->call(QStringLiteral("PlanGetInfo"), {{QStringLiteral("ID"), QUuid::createUuid().toString()}});
-        QVERIFY(!reply.success);
-        QCOMPARE(reply.error, QStringLiteral("Parameter \"id\" of PlanGetInfo is missing"));
-    }
-
-    void runningNeedsAKnownPlan()
-    {
-        for (const QString& command : {QStringLiteral("PlanExecuteStart"), QStringLiteral("PlanExecuteStop")}) {
-            const QUuid unknown = QUuid::createUuid();
-            const ServiceReply reply = ServiceFixture::callThroughChannel(command, byId(unknown));
-            QVERIFY(reply.received);
-            QVERIFY(!reply.success);
-            QCOMPARE(reply.error,
-                QStringLiteral("Parameter \"ID\" of %1 names no plan: %2").arg(command, unknown.toString()));
-            QVERIFY(m_listener->call(command).error.contains(QStringLiteral("\"ID\"")));
-        }
-    }
-
     void sharesInUseAreListedByPlan()
     {
         const QUuid backup = QUuid::createUuid();
-        QVERIFY(m_listener
-                    ->call(QStringLiteral("PlanUpdate"),
-                        update(backup,
-                            PlanSamples::backup(backup, QStringLiteral("Shares"), m_account,
-                                {QStringLiteral("/TWB_SHARES/nas/docs"), QStringLiteral("/TWB_SHARES/nas/photos"),
-                                    QStringLiteral("/TWB_SHARES/media"), QStringLiteral("/home")})))
-                    .success);
+        QVERIFY(savePlan(backup,
+            PlanSamples::backup(backup, QStringLiteral("Shares"), m_account,
+                {QStringLiteral("/TWB_SHARES/nas/docs"), QStringLiteral("/TWB_SHARES/nas/photos"),
+                    QStringLiteral("/TWB_SHARES/media"), QStringLiteral("/home")})));
         const ServiceReply reply = ServiceFixture::callThroughChannel(QStringLiteral("GetUsedShare"));
         QVERIFY2(reply.success, qPrintable(reply.error));
         QSet<QString> shares;
@@ -293,26 +278,13 @@ private Q_SLOTS:
         QCOMPARE(list.size(), 2);
     }
 
-    void accountInUseCannotBeRemoved()
-    {
-        const QUuid id = QUuid::createUuid();
-        QVERIFY(m_listener
-                    ->call(QStringLiteral("PlanUpdate"),
-                        update(id, PlanSamples::backup(id, QStringLiteral("Keeps it"), m_account)))
-                    .success);
-        const ServiceReply reply = m_listener->call(QStringLiteral("StorageDeleteFileSystem"), byId(m_account));
-        QVERIFY(!reply.success);
-        QVERIFY2(reply.error.contains(QStringLiteral("\"Keeps it\"")), qPrintable(reply.error));
-        QCOMPARE(ServiceFixture::firstAccount(*m_listener), m_account);
-    }
-
     void plansAndTheirSecretsSurviveARestartSealed()
     {
         const QUuid id = QUuid::createUuid();
         const QString password = QStringLiteral("correct horse battery staple");
         const QString xml = PlanSamples::backup(
             id, QStringLiteral("Sealed"), m_account, {QStringLiteral("/home")}, QTime(), password);
-        QVERIFY(m_listener->call(QStringLiteral("PlanUpdate"), update(id, xml)).success);
+        QVERIFY(savePlan(id, xml));
         const int before = planCount();
 
         QVERIFY2(m_service->restart(), qPrintable(m_service->process().output()));

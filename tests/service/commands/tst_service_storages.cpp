@@ -1,7 +1,6 @@
 #include "raw_client.h"
 #include "service_fixture.h"
 
-#include "platform/communication/connection_manager.h"
 #include "platform/communication/notification_types.h"
 #include "platform/crypt/local_password.h"
 #include "service/catalog/version_catalog.h"
@@ -23,21 +22,12 @@ namespace {
 
 QJsonObject row(RawClient& client, const QUuid& id)
 {
-    const QJsonArray rows
-        = client.call(QStringLiteral("StorageGetConnection")).data.value(QStringLiteral("storageConnection")).toArray();
+    const QJsonArray rows = ServiceFixture::accounts(client);
     for (const QJsonValue& value : rows) {
         if (QUuid(value.toObject().value(QStringLiteral("ID")).toString()) == id)
             return value.toObject();
     }
     return QJsonObject();
-}
-
-int accountCount(RawClient& client)
-{
-    return client.call(QStringLiteral("StorageGetConnection"))
-        .data.value(QStringLiteral("storageConnection"))
-        .toArray()
-        .size();
 }
 
 QString unique(const char* what)
@@ -59,64 +49,11 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_service = std::make_unique<ServiceFixture>();
-        QVERIFY2(m_service->start(), qPrintable(m_service->process().output()));
-        TWB::Test::TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(TWB::Common::Communication::ConnectionManager::instance()->isLocalManagmentConnected());
         m_listener = std::make_unique<RawClient>();
-        QVERIFY(m_listener->connectTo(m_service->socketPath()));
+        QVERIFY2(m_service->startWithConsoles(*m_listener), qPrintable(m_service->process().output()));
     }
 
     void init() { m_listener->clearNotifications(); }
-
-    void firstStartMakesALocalStorage()
-    {
-        const ServiceReply reply = ServiceFixture::callThroughChannel(QStringLiteral("StorageGetConnection"));
-        QVERIFY2(reply.success, qPrintable(reply.error));
-        QCOMPARE(reply.data.value(QStringLiteral("NeedRetry")).toBool(true), false);
-        const QJsonArray rows = reply.data.value(QStringLiteral("storageConnection")).toArray();
-        QCOMPARE(rows.size(), 1);
-        const QJsonObject account = rows.first().toObject();
-        const QString folder = m_service->dataDir() + QStringLiteral("/storage");
-        QCOMPARE(account.value(QStringLiteral("DisplayName")).toString(), QStringLiteral("Local storage"));
-        QCOMPARE(account.value(QStringLiteral("Type")).toInt(), 1);
-        QCOMPARE(account.value(QStringLiteral("Path")).toString(), folder);
-        QCOMPARE(
-            account.value(QStringLiteral("DetailParams")).toObject().value(QStringLiteral("Path")).toString(), folder);
-        QVERIFY(!account.value(QStringLiteral("Prefix")).toString().isEmpty());
-        QVERIFY(account.value(QStringLiteral("PrefixArray")).isArray());
-        QCOMPARE(account.value(QStringLiteral("SyncStatus")).toBool(true), false);
-        QVERIFY(account.value(QStringLiteral("SpaceLimit")).toDouble() > 0);
-        QVERIFY(QFileInfo(folder).isDir());
-        QVERIFY(!QUuid(account.value(QStringLiteral("ID")).toString()).isNull());
-    }
-
-    void savedAccountIsListedAndAnnouncedThenUpdated()
-    {
-        const QUuid id = QUuid::createUuid();
-        const QString folder = m_service->environment().root() + QStringLiteral("/backups/deep/below");
-        const int before = accountCount(*m_listener);
-        const ServiceReply saved = ServiceFixture::callThroughChannel(
-            QStringLiteral("SaveStorage"), ServiceFixture::localAccount(id, QStringLiteral("USB disk"), folder));
-        QVERIFY2(saved.success, qPrintable(saved.error));
-        QCOMPARE(saved.data.value(QStringLiteral("SaveStorage")).toString(), QStringLiteral("success"));
-        QVERIFY(m_listener->waitForNotification(QLatin1String(Type::StorageAdded), id.toString()));
-        QVERIFY(QFileInfo(folder).isDir());
-        QCOMPARE(accountCount(*m_listener), before + 1);
-        QJsonObject account = row(*m_listener, id);
-        QCOMPARE(account.value(QStringLiteral("DisplayName")).toString(), QStringLiteral("USB disk"));
-        QCOMPARE(account.value(QStringLiteral("Prefix")).toString(), QStringLiteral("laptop"));
-        QCOMPARE(account.value(QStringLiteral("Path")).toString(), folder);
-
-        QJsonObject renamed = ServiceFixture::localAccount(id, QStringLiteral("USB disk 2"), folder);
-        renamed.insert(QStringLiteral("prefix"), QStringLiteral("desktop"));
-        QVERIFY(m_listener->call(QStringLiteral("SaveStorage"), renamed).success);
-        QVERIFY(m_listener->waitForNotification(QLatin1String(Type::StorageUpdated), id.toString()));
-        QCOMPARE(m_listener->countNotifications(QLatin1String(Type::StorageAdded)), 1);
-        QCOMPARE(accountCount(*m_listener), before + 1);
-        account = row(*m_listener, id);
-        QCOMPARE(account.value(QStringLiteral("DisplayName")).toString(), QStringLiteral("USB disk 2"));
-        QCOMPARE(account.value(QStringLiteral("Prefix")).toString(), QStringLiteral("desktop"));
-    }
 
     void secretsAreSealedAtRest_data()
     {
@@ -265,13 +202,13 @@ private Q_SLOTS:
     {
         QFETCH(QJsonObject, params);
         QFETCH(QString, error);
-        const int before = accountCount(*m_listener);
+        const int before = ServiceFixture::accounts(*m_listener).size();
         const ServiceReply reply = m_listener->call(QStringLiteral("SaveStorage"), params);
         QVERIFY(reply.received);
         QVERIFY(!reply.success);
         QVERIFY2(reply.error.contains(error), qPrintable(reply.error));
         QCOMPARE(reply.data.value(QStringLiteral("SaveStorage")).toString(), QStringLiteral("error"));
-        QCOMPARE(accountCount(*m_listener), before);
+        QCOMPARE(ServiceFixture::accounts(*m_listener).size(), before);
         QCOMPARE(m_listener->notifications().size(), 0);
     }
 
@@ -346,17 +283,12 @@ private Q_SLOTS:
         const QUuid first = ServiceFixture::firstAccount(*m_listener);
         QVERIFY(m_listener->call(QStringLiteral("StorageDeleteFileSystem"), {{QStringLiteral("ID"), first.toString()}})
                     .success);
-        const QJsonArray before = m_listener->call(QStringLiteral("StorageGetConnection"))
-                                      .data.value(QStringLiteral("storageConnection"))
-                                      .toArray();
+        const QJsonArray before = ServiceFixture::accounts(*m_listener);
 
         QVERIFY2(m_service->restart(), qPrintable(m_service->process().output()));
         RawClient client;
         QVERIFY(client.connectTo(m_service->socketPath()));
-        const QJsonArray after = client.call(QStringLiteral("StorageGetConnection"))
-                                     .data.value(QStringLiteral("storageConnection"))
-                                     .toArray();
-        QCOMPARE(after, before);
+        QCOMPARE(ServiceFixture::accounts(client), before);
         QVERIFY(row(client, first).isEmpty());
     }
 };

@@ -29,13 +29,6 @@ namespace {
 
 const QString prefix = QStringLiteral("desk");
 
-QString text(const QString& path)
-{
-    QFile file(path);
-    file.open(QIODevice::ReadOnly);
-    return QString::fromUtf8(file.readAll());
-}
-
 QJsonObject byId(const QUuid& id)
 {
     return {{QStringLiteral("ID"), id.toString()}};
@@ -61,16 +54,9 @@ private:
         return m_storage + QLatin1Char('/') + prefix + QLatin1Char('/') + plan.toString(QUuid::WithoutBraces);
     }
 
-    std::unique_ptr<BackupFile> backupPlan(const QString& name, const QStringList& items, const QString& password)
+    std::unique_ptr<BackupFile> backupPlan(const QString& name, const QStringList& items, const QString& password = {})
     {
-        auto plan = std::make_unique<BackupFile>();
-        plan->setId(QUuid::createUuid());
-        plan->setName(name);
-        plan->setStorage(m_account);
-        plan->setItems(items);
-        plan->encryption().setEnabled(true);
-        plan->encryption().setPassword(password);
-        return plan;
+        return EngineTestSupport::backupPlan(m_account, name, items, password);
     }
 
     void slowDown(bool slow)
@@ -267,7 +253,7 @@ private Q_SLOTS:
         QVERIFY(EngineTestSupport::save(*m_client, *plan));
         const RunOutcome outcome = EngineTestSupport::run(*m_client, plan->id());
         QCOMPARE(outcome.status, state);
-        QCOMPARE(text(marker), trace);
+        QCOMPARE(EngineTestSupport::readText(marker), trace);
         if (preFails && terminate)
             QVERIFY2(outcome.message.startsWith(QStringLiteral("The pre-action failed, so the backup did not run: "
                                                                "it ended with exit code 3")),

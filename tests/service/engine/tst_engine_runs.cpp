@@ -36,13 +36,6 @@ QString catalogPath(const QString& real)
     return QStringLiteral("/%1/TWB_VOLUMES/root%2").arg(prefix, real);
 }
 
-QString text(const QString& path)
-{
-    QFile file(path);
-    file.open(QIODevice::ReadOnly);
-    return QString::fromUtf8(file.readAll());
-}
-
 } // namespace
 
 /// Backups and restores through the real twbd into real restic repositories on the file system.
@@ -67,29 +60,12 @@ private:
 
     std::unique_ptr<BackupFile> backupPlan(const QString& name, const QStringList& items, const QString& password = {})
     {
-        auto plan = std::make_unique<BackupFile>();
-        plan->setId(QUuid::createUuid());
-        plan->setName(name);
-        plan->setStorage(m_account);
-        plan->setItems(items);
-        if (!password.isEmpty()) {
-            plan->encryption().setEnabled(true);
-            plan->encryption().setPassword(password);
-        }
-        return plan;
+        return EngineTestSupport::backupPlan(m_account, name, items, password);
     }
 
     std::unique_ptr<RestoreFile> restorePlan(const QStringList& items, const QString& destination)
     {
-        auto plan = std::make_unique<RestoreFile>();
-        plan->setId(QUuid::createUuid());
-        plan->setName(QStringLiteral("Restore"));
-        plan->setStorage(m_account);
-        plan->setRestoreItems(items);
-        plan->setRestoreToOriginalLocation(destination.isEmpty());
-        plan->setDestination(destination);
-        plan->setSkipExistingFiles(false);
-        return plan;
+        return EngineTestSupport::restorePlan(m_account, items, destination);
     }
 
     RunOutcome restore(RestoreFile& plan)
@@ -324,7 +300,7 @@ private Q_SLOTS:
             back->setPointInTime(c.when);
             const RunOutcome outcome = restore(*back);
             QVERIFY2(outcome.status == 6, c.name);
-            QVERIFY2(text(target + file) == c.expected, c.name);
+            QVERIFY2(EngineTestSupport::readText(target + file) == c.expected, c.name);
         }
 
         // Before the first backup there was nothing: the run fails and writes nothing.
@@ -382,9 +358,9 @@ private Q_SLOTS:
         back->setOnlyNewFiles(onlyNewer);
         const RunOutcome outcome = restore(*back);
         QCOMPARE(outcome.status, 6);
-        QCOMPARE(text(place + QStringLiteral("/older.txt")), older);
-        QCOMPARE(text(place + QStringLiteral("/newer.txt")), newer);
-        QCOMPARE(text(place + QStringLiteral("/missing.txt")), QStringLiteral("backed up\n"));
+        QCOMPARE(EngineTestSupport::readText(place + QStringLiteral("/older.txt")), older);
+        QCOMPARE(EngineTestSupport::readText(place + QStringLiteral("/newer.txt")), newer);
+        QCOMPARE(EngineTestSupport::readText(place + QStringLiteral("/missing.txt")), QStringLiteral("backed up\n"));
         const int replaced = (older != QLatin1String("local older\n")) + (newer != QLatin1String("local newer\n"));
         QCOMPARE(EngineTestSupport::history(*m_client, QStringLiteral("HistoryListByFiles"), back->id()).size(),
             1 + replaced);
@@ -411,7 +387,8 @@ private Q_SLOTS:
         wrong->setEncryptionPassword(QStringLiteral("correct horse"));
         const RunOutcome right = restore(*wrong);
         QCOMPARE(right.status, 6);
-        QCOMPARE(text(target + source + QStringLiteral("/letter.txt")), QStringLiteral("Dear Alice,\n"));
+        QCOMPARE(EngineTestSupport::readText(target + source + QStringLiteral("/letter.txt")),
+            QStringLiteral("Dear Alice,\n"));
         QCOMPARE(EngineTestSupport::snapshots(repository(m_documents), QStringLiteral("correct horse")).size(), 1);
     }
 
@@ -553,8 +530,9 @@ private Q_SLOTS:
         const QString target = m_root + QStringLiteral("/kept-out");
         auto back = restorePlan({catalogPath(source)}, target);
         QCOMPARE(restore(*back).status, 6);
-        QCOMPARE(text(target + source + QStringLiteral("/stable.txt")), QStringLiteral("never changes\n"));
-        QCOMPARE(text(target + source + QStringLiteral("/changing.txt")), QStringLiteral("3"));
+        QCOMPARE(EngineTestSupport::readText(target + source + QStringLiteral("/stable.txt")),
+            QStringLiteral("never changes\n"));
+        QCOMPARE(EngineTestSupport::readText(target + source + QStringLiteral("/changing.txt")), QStringLiteral("3"));
     }
 
     void defaultRetentionComesFromTheProductsOptions()
@@ -648,7 +626,7 @@ private Q_SLOTS:
         const RunOutcome restored = restore(*back);
         QCOMPARE(restored.status, kept ? 6 : 8);
         if (kept)
-            QCOMPARE(text(target + precious), QStringLiteral("the only copy\n"));
+            QCOMPARE(EngineTestSupport::readText(target + precious), QStringLiteral("the only copy\n"));
         QCOMPARE(QFile::exists(target + precious), kept);
         QVERIFY(!QFile::exists(target + other));
     }

@@ -67,18 +67,6 @@ private:
         return reply.success ? id : QUuid();
     }
 
-    std::unique_ptr<RestoreFile> restorePlan(const QUuid& account, const QString& item, const QString& destination)
-    {
-        auto plan = std::make_unique<RestoreFile>();
-        plan->setId(QUuid::createUuid());
-        plan->setName(QStringLiteral("Back"));
-        plan->setStorage(account);
-        plan->setRestoreItems({item});
-        plan->setRestoreToOriginalLocation(false);
-        plan->setDestination(destination);
-        return plan;
-    }
-
 private Q_SLOTS:
     void initTestCase()
     {
@@ -128,19 +116,15 @@ private Q_SLOTS:
         m_source = m_root + QStringLiteral("/papers");
         EngineTestSupport::writeFile(m_source + QStringLiteral("/scan.raw"), EngineTestSupport::noise(1024 * 1024, 3));
         EngineTestSupport::writeFile(m_source + QStringLiteral("/index.txt"), "index\n");
-        BackupFile plan;
-        plan.setId(QUuid::createUuid());
-        plan.setName(QStringLiteral("Papers"));
-        plan.setStorage(m_account);
-        plan.setItems({m_source});
-        QVERIFY(EngineTestSupport::save(*m_client, plan));
-        m_plain = plan.id();
+        const auto plan = EngineTestSupport::backupPlan(m_account, QStringLiteral("Papers"), {m_source});
+        QVERIFY(EngineTestSupport::save(*m_client, *plan));
+        m_plain = plan->id();
 
         // Slow enough to look at restic and rclone while they run.
         EngineTestSupport::setOption(m_service->dataDir(), QStringLiteral("Cloud Bandwidth"), QStringLiteral("300"));
         m_client->clearNotifications();
-        QVERIFY(
-            m_client->call(QStringLiteral("PlanExecuteStart"), {{QStringLiteral("ID"), plan.id().toString()}}).success);
+        QVERIFY(m_client->call(QStringLiteral("PlanExecuteStart"), {{QStringLiteral("ID"), plan->id().toString()}})
+                    .success);
         QMap<qint64, QByteArray> seen;
         QByteArray resticEnvironment;
         const qint64 service = m_service->process().pid();
@@ -157,12 +141,12 @@ private Q_SLOTS:
                             resticEnvironment = environ.readAll();
                     }
                 }
-                return m_client->countNotifications(QLatin1String(Type::PlanStateChanged), plan.id().toString()) >= 2;
+                return m_client->countNotifications(QLatin1String(Type::PlanStateChanged), plan->id().toString()) >= 2;
             },
             120000);
         QVERIFY(ended);
         EngineTestSupport::setOption(m_service->dataDir(), QStringLiteral("Cloud Bandwidth"), QString());
-        const RunOutcome outcome = EngineTestSupport::waitForEnd(*m_client, plan.id());
+        const RunOutcome outcome = EngineTestSupport::waitForEnd(*m_client, plan->id());
         QVERIFY2(outcome.status == 6, qPrintable(outcome.message));
 
         bool sawRestic = false;
@@ -178,25 +162,20 @@ private Q_SLOTS:
         QVERIFY(resticEnvironment.contains("RCLONE_CONFIG_TWBSTORAGE_PASS="));
         QVERIFY(!resticEnvironment.contains(password.toUtf8()));
         QVERIFY(QFile::exists(QStringLiteral("%1/backups/%2/%3/config")
-                                  .arg(m_serverRoot, prefix, plan.id().toString(QUuid::WithoutBraces))));
+                                  .arg(m_serverRoot, prefix, plan->id().toString(QUuid::WithoutBraces))));
         QVERIFY(!m_service->storeBytes().contains(password.toUtf8()));
 
         const QString target = m_root + QStringLiteral("/papers-out");
-        auto back = restorePlan(m_account, QStringLiteral("/TWB_VOLUMES/root") + m_source, target);
+        auto back = EngineTestSupport::restorePlan(m_account, {QStringLiteral("/TWB_VOLUMES/root") + m_source}, target);
         QVERIFY(EngineTestSupport::save(*m_client, *back));
         QCOMPARE(EngineTestSupport::run(*m_client, back->id()).status, 6);
         QCOMPARE(EngineTestSupport::tree(target + m_source), EngineTestSupport::tree(m_source));
 
-        BackupFile encrypted;
-        encrypted.setId(QUuid::createUuid());
-        encrypted.setName(QStringLiteral("Private"));
-        encrypted.setStorage(m_account);
-        encrypted.setItems({m_source + QStringLiteral("/index.txt")});
-        encrypted.encryption().setEnabled(true);
-        encrypted.encryption().setPassword(QStringLiteral("only I know"));
-        QVERIFY(EngineTestSupport::save(*m_client, encrypted));
-        QCOMPARE(EngineTestSupport::run(*m_client, encrypted.id()).status, 6);
-        m_encrypted = encrypted.id();
+        const auto encrypted = EngineTestSupport::backupPlan(m_account, QStringLiteral("Private"),
+            {m_source + QStringLiteral("/index.txt")}, QStringLiteral("only I know"));
+        QVERIFY(EngineTestSupport::save(*m_client, *encrypted));
+        QCOMPARE(EngineTestSupport::run(*m_client, encrypted->id()).status, 6);
+        m_encrypted = encrypted->id();
     }
 
     void anotherMachineRestoresAfterSynchronisingTheStorage()
@@ -240,7 +219,8 @@ private Q_SLOTS:
         QCOMPARE(top.first().toObject().value(QStringLiteral("Name")).toString(), prefix);
 
         const QString target = m_root + QStringLiteral("/other-out");
-        auto back = restorePlan(account, QStringLiteral("/%1/TWB_VOLUMES/root%2").arg(prefix, m_source), target);
+        auto back = EngineTestSupport::restorePlan(
+            account, {QStringLiteral("/%1/TWB_VOLUMES/root%2").arg(prefix, m_source)}, target);
         QVERIFY(EngineTestSupport::save(client, *back));
         const RunOutcome restored = EngineTestSupport::run(client, back->id());
         QVERIFY2(restored.status == 6, qPrintable(restored.message));
@@ -250,8 +230,8 @@ private Q_SLOTS:
         QCOMPARE(synchronise({{QStringLiteral("password"), QStringLiteral("only I know")}}),
             QStringLiteral("Synchronised 2 backups"));
         const QString second = m_root + QStringLiteral("/other-private");
-        auto privately
-            = restorePlan(account, QStringLiteral("/%1/TWB_VOLUMES/root%2/index.txt").arg(prefix, m_source), second);
+        auto privately = EngineTestSupport::restorePlan(
+            account, {QStringLiteral("/%1/TWB_VOLUMES/root%2/index.txt").arg(prefix, m_source)}, second);
         QVERIFY(EngineTestSupport::save(client, *privately));
         QCOMPARE(EngineTestSupport::run(client, privately->id()).status, 6);
         QVERIFY(QFile::exists(second + m_source + QStringLiteral("/index.txt")));

@@ -168,7 +168,9 @@ private Q_SLOTS:
 
     void modesAfterAFirstStart()
     {
-        // Everything inside the data folder is the user's alone, not only the folder itself.
+        // The socket, its folder and everything inside the data folder are the user's alone.
+        QCOMPARE(modeOf(m_env->socketPath()), 0600);
+        QCOMPARE(modeOf(QFileInfo(m_env->socketPath()).absolutePath()), 0700);
         QCOMPARE(modeOf(m_env->dataDir()), 0700);
         QCOMPARE(modeOf(m_env->dataDir() + QStringLiteral("/log")), 0700);
         QCOMPARE(modeOf(m_env->dataDir() + QStringLiteral("/log/twbd.log")), 0600);

@@ -1,7 +1,8 @@
 #include "engine_test_support.h"
 
 #include "platform/communication/notification_types.h"
-#include "platform/plan/base.h"
+#include "platform/plan/backup_file.h"
+#include "platform/plan/restore_file.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -185,6 +186,42 @@ QList<QPair<QString, QDateTime>> EngineTestSupport::snapshots(const QString& rep
     }
     std::sort(result.begin(), result.end(), [](const auto& a, const auto& b) { return a.second < b.second; });
     return result;
+}
+
+QString EngineTestSupport::readText(const QString& path)
+{
+    QFile file(path);
+    file.open(QIODevice::ReadOnly);
+    return QString::fromUtf8(file.readAll());
+}
+
+std::unique_ptr<TWB::Info::Plan::BackupFile> EngineTestSupport::backupPlan(
+    const QUuid& account, const QString& name, const QStringList& items, const QString& password)
+{
+    auto plan = std::make_unique<TWB::Info::Plan::BackupFile>();
+    plan->setId(QUuid::createUuid());
+    plan->setName(name);
+    plan->setStorage(account);
+    plan->setItems(items);
+    if (!password.isEmpty()) {
+        plan->encryption().setEnabled(true);
+        plan->encryption().setPassword(password);
+    }
+    return plan;
+}
+
+std::unique_ptr<TWB::Info::Plan::RestoreFile> EngineTestSupport::restorePlan(
+    const QUuid& account, const QStringList& items, const QString& destination)
+{
+    auto plan = std::make_unique<TWB::Info::Plan::RestoreFile>();
+    plan->setId(QUuid::createUuid());
+    plan->setName(QStringLiteral("Restore"));
+    plan->setStorage(account);
+    plan->setRestoreItems(items);
+    plan->setRestoreToOriginalLocation(destination.isEmpty());
+    plan->setDestination(destination);
+    plan->setSkipExistingFiles(false);
+    return plan;
 }
 
 void EngineTestSupport::setOption(const QString& dataDir, const QString& key, const QString& value)

@@ -11,9 +11,13 @@
 #include <QStringList>
 #include <QUuid>
 
+#include <memory>
+
 namespace TWB::Info::Plan {
 class Base;
-}
+class BackupFile;
+class RestoreFile;
+} // namespace TWB::Info::Plan
 
 namespace TWB::Test {
 
@@ -39,6 +43,16 @@ public:
     /// Every file and link below a folder by its path there, with a digest of its content (or of
     /// the link's target), so that two trees compare byte for byte.
     static QMap<QString, QByteArray> tree(const QString& root);
+
+    /// The text of a file; empty when it cannot be read.
+    static QString readText(const QString& path);
+    /// A backup plan of `items` onto `account`, encrypted when a password is given.
+    static std::unique_ptr<TWB::Info::Plan::BackupFile> backupPlan(
+        const QUuid& account, const QString& name, const QStringList& items, const QString& password = {});
+    /// A restore plan of catalog `items` from `account` into `destination`, or to where they came from
+    /// when it is empty; existing files are overwritten.
+    static std::unique_ptr<TWB::Info::Plan::RestoreFile> restorePlan(
+        const QUuid& account, const QStringList& items, const QString& destination);
 
     /// Saves the plan through "PlanUpdate"; false with the reason logged when refused.
     static bool save(RawClient& client, const TWB::Info::Plan::Base& plan);

@@ -2,6 +2,8 @@
 
 #include "support/test_caller.h"
 
+#include "platform/communication/connection_manager.h"
+
 #include <QFile>
 #include <QJsonArray>
 #include <QSignalSpy>
@@ -30,6 +32,18 @@ bool ServiceFixture::restart()
     return m_process->start();
 }
 
+bool ServiceFixture::startWithConsoles(RawClient& client)
+{
+    if (!start())
+        return false;
+    TestEnvironment::speedUpChannel();
+    if (!QTest::qWaitFor(
+            [] { return TWB::Common::Communication::ConnectionManager::instance()->isLocalManagmentConnected(); },
+            10000))
+        return false;
+    return client.connectTo(socketPath());
+}
+
 ServiceReply ServiceFixture::callThroughChannel(const QString& command, const QJsonObject& params)
 {
     ServiceReply reply;
@@ -49,10 +63,16 @@ ServiceReply ServiceFixture::callThroughChannel(const QString& command, const QJ
     return reply;
 }
 
+QJsonArray ServiceFixture::accounts(RawClient& client)
+{
+    return client.call(QStringLiteral("StorageGetConnection"))
+        .data.value(QStringLiteral("storageConnection"))
+        .toArray();
+}
+
 QUuid ServiceFixture::firstAccount(RawClient& client)
 {
-    const ServiceReply reply = client.call(QStringLiteral("StorageGetConnection"));
-    const QJsonArray rows = reply.data.value(QStringLiteral("storageConnection")).toArray();
+    const QJsonArray rows = accounts(client);
     return rows.isEmpty() ? QUuid() : QUuid(rows.first().toObject().value(QStringLiteral("ID")).toString());
 }
 

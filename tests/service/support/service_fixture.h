@@ -4,6 +4,7 @@
 #include "support/service_process.h"
 #include "support/test_environment.h"
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
 #include <QUuid>
@@ -30,11 +31,15 @@ public:
     bool start();
     /// SIGTERM and a new start, as a user's restart.
     bool restart();
+    /// Starts twbd, waits for the console's channel to reach it and connects `client` as a second console.
+    bool startWithConsoles(RawClient& client);
 
     /// Sends one command through the console's channel (Manager, ICommand), the way the console's
     /// models do, and waits for the result.
     static ServiceReply callThroughChannel(const QString& command, const QJsonObject& params = QJsonObject());
 
+    /// Every account row that StorageGetConnection lists.
+    static QJsonArray accounts(RawClient& client);
     /// The account that the first start made.
     static QUuid firstAccount(RawClient& client);
     /// The params of SaveStorage for a file-system account on `folder`.
