@@ -3,7 +3,7 @@
 #include "platform/logging/twl_debug.h"
 #include "service/catalog/version_catalog.h"
 #include "service/store/database.h"
-#include "service/engine/plan_paths.h"
+#include "service/catalog/plan_paths.h"
 #include "service/store/store_time.h"
 #include "service/store/transaction.h"
 

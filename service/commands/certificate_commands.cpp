@@ -4,7 +4,7 @@
 #include "service/store/certificate_store.h"
 #include "service/commands/command_router.h"
 #include "service/commands/params.h"
-#include "service/server/peer_certificate_probe.h"
+#include "service/commands/peer_certificate_probe.h"
 #include "service/commands/responder.h"
 #include "service/store/transaction.h"
 

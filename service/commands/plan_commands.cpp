@@ -12,7 +12,7 @@
 #include "service/schedule/next_run.h"
 #include "service/commands/notifier.h"
 #include "service/commands/params.h"
-#include "service/engine/plan_paths.h"
+#include "service/catalog/plan_paths.h"
 #include "service/store/plan_store.h"
 #include "service/commands/responder.h"
 #include "service/schedule/schedule_description.h"

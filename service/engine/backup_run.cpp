@@ -3,7 +3,7 @@
 #include "platform/logging/twl_debug.h"
 #include "platform/plan/backup_file.h"
 #include "service/store/database.h"
-#include "service/engine/plan_paths.h"
+#include "service/catalog/plan_paths.h"
 #include "service/store/product_options.h"
 #include "service/engine/restic_output.h"
 #include "service/engine/retention_rules.h"

@@ -1,7 +1,7 @@
 #include "service/engine/backup_selection.h"
 
 #include "platform/plan/backup_file.h"
-#include "service/engine/plan_paths.h"
+#include "service/catalog/plan_paths.h"
 
 #include <QDirIterator>
 #include <QFileInfo>

@@ -7,17 +7,12 @@
 #include "platform/plan/restore_file.h"
 #include "service/store/account_store.h"
 #include "service/engine/backup_run.h"
-#include "service/commands/command_router.h"
 #include "service/store/database.h"
 #include "service/store/history_store.h"
-#include "service/commands/params.h"
-#include "service/commands/plan_commands.h"
 #include "service/store/plan_store.h"
 #include "service/engine/repository_sync.h"
-#include "service/commands/responder.h"
 #include "service/engine/restore_run.h"
 #include "service/engine/run_state.h"
-#include "service/server/service_server.h"
 #include "service/store/transaction.h"
 
 #include <QDir>
@@ -28,31 +23,15 @@ namespace TWB::Service {
 
 namespace Type = TWB::Common::Communication::Notification::Type;
 
-Engine::Engine(Database& database, ServiceServer& server, PlanCommands& plans, const QString& dataDir, QObject* parent)
+Engine::Engine(Database& database, const QString& dataDir, QObject* parent)
     : QObject(parent)
     , m_database(database)
-    , m_server(server)
-    , m_plans(plans)
     , m_places {dataDir}
 { }
 
 Engine::~Engine()
 {
     shutdown();
-}
-
-void Engine::registerAt(CommandRouter& router)
-{
-    router.add(QStringLiteral("PlanExecuteStart"),
-        [this](const QJsonObject& params, const Responder& respond) { executeStart(params, respond); });
-    router.add(QStringLiteral("PlanExecuteStop"),
-        [this](const QJsonObject& params, const Responder& respond) { executeStop(params, respond); });
-    router.add(QStringLiteral("SynchronizeRepository"),
-        [this](const QJsonObject& params, const Responder& respond) { synchronize(params, respond); });
-    router.add(QStringLiteral("SynchronizeRepositoryCancel"),
-        [this](const QJsonObject& params, const Responder& respond) { synchronizeCancel(params, respond); });
-    router.add(QStringLiteral("GetSynchronizeRepositoryList"),
-        [this](const QJsonObject& params, const Responder& respond) { synchronizeList(params, respond); });
 }
 
 void Engine::recoverInterrupted()
@@ -153,11 +132,11 @@ void Engine::start(const QUuid& id, bool forceFull)
     }
     m_runs.insert(id, run);
     connect(run, &PlanRun::progressed, this,
-        [this](const QJsonObject& message) { m_server.broadcast(QLatin1String(Type::PlanProgress), message); });
+        [this](const QJsonObject& message) { Q_EMIT notification(QLatin1String(Type::PlanProgress), message); });
     connect(run, &PlanRun::finished, this, [this, run] { onRunFinished(run); });
     TWL::TwlDebug("TWB").info() << "Run of plan" << id.toString() << record->name << "starts"
                                 << (forceFull ? "reading every file" : "");
-    m_server.broadcast(
+    Q_EMIT notification(
         QLatin1String(Type::PlanStateChanged), {{QStringLiteral("id"), id.toString()}, {QStringLiteral("state"), 1}});
     run->start(forceFull);
 }
@@ -232,10 +211,10 @@ void Engine::record(PlanRun* run, bool notify)
     transaction.commit();
     if (!notify || !exists)
         return;
-    m_server.broadcast(QLatin1String(Type::PlanStateChanged),
+    Q_EMIT notification(QLatin1String(Type::PlanStateChanged),
         {{QStringLiteral("id"), id.toString()}, {QStringLiteral("state"), 2},
             {QStringLiteral("last_state"), result.state}});
-    m_server.broadcast(QLatin1String(Type::PlanUpdated), {{QStringLiteral("id"), id.toString()}});
+    Q_EMIT notification(QLatin1String(Type::PlanUpdated), {{QStringLiteral("id"), id.toString()}});
 }
 
 void Engine::onRunFinished(PlanRun* run)
@@ -253,9 +232,9 @@ void Engine::onRunFinished(PlanRun* run)
         TWL::TwlDebug("TWB").warning() << "Cannot record the end of the run of" << id.toString() << ":" << text;
     }
     const auto* restore = dynamic_cast<const TWB::Info::Plan::Restore*>(&run->plan());
-    if (restore && restore->deletePlan() == TWB::Info::Plan::Restore::DeleteAfterRun) {
+    if (restore && restore->deletePlan() == TWB::Info::Plan::Restore::DeleteAfterRun && m_removePlan) {
         try {
-            m_plans.removePlan(id);
+            m_removePlan(id);
         } catch (const QString& text) {
             TWL::TwlDebug("TWB").warning() << "Cannot remove the run-once plan" << id.toString() << ":" << text;
         }
@@ -264,36 +243,14 @@ void Engine::onRunFinished(PlanRun* run)
     Q_EMIT runFinished(id);
 }
 
-void Engine::executeStart(const QJsonObject& request, const Responder& respond)
+void Engine::stop(const QUuid& id)
 {
-    const Params params(request, respond.command());
-    const QUuid id = params.uuid("ID");
-    const bool forceFull = params.optionalBool("force_full", false);
-    if (!PlanStore(m_database).find(id))
-        throw params.fault("ID", QStringLiteral("names no plan: %1").arg(id.toString()));
-    start(id, forceFull);
-    respond.success();
-}
-
-void Engine::executeStop(const QJsonObject& request, const Responder& respond)
-{
-    const Params params(request, respond.command());
-    const QUuid id = params.uuid("ID");
-    if (!PlanStore(m_database).find(id))
-        throw params.fault("ID", QStringLiteral("names no plan: %1").arg(id.toString()));
-    // A plan that ended meanwhile is stopped already: nothing to do, and nothing to refuse.
     if (PlanRun* run = m_runs.value(id))
         run->stop(PlanRun::StopReason::User);
-    respond.success();
 }
 
-void Engine::synchronize(const QJsonObject& request, const Responder& respond)
+void Engine::synchronize(const QUuid& account, const QString& password)
 {
-    const Params params(request, respond.command());
-    const QUuid account = params.uuid("id");
-    const QString password = params.optionalString("password");
-    if (!AccountStore(m_database).find(account))
-        throw params.fault("id", QStringLiteral("names no storage account: %1").arg(account.toString()));
     if (m_syncs.value(account))
         throw QStringLiteral("The storage account %1 is being synchronised already").arg(account.toString());
     for (const QPointer<PlanRun>& run : qAsConst(m_runs)) {
@@ -301,33 +258,30 @@ void Engine::synchronize(const QJsonObject& request, const Responder& respond)
             throw QStringLiteral("The plan \"%1\" of the storage account is running; synchronise when it has ended")
                 .arg(run->plan().name());
     }
-    auto* sync = new RepositorySync(m_database, m_server, m_places, account, password, this);
+    auto* sync = new RepositorySync(m_database, m_places, account, password, this);
     m_syncs.insert(account, sync);
+    connect(sync, &RepositorySync::notification, this, &Engine::notification);
     connect(sync, &RepositorySync::finished, this, [this, account, sync] {
         m_syncs.remove(account);
         sync->deleteLater();
     });
     sync->start();
-    respond.success();
 }
 
-void Engine::synchronizeCancel(const QJsonObject& request, const Responder& respond)
+void Engine::cancelSynchronize(const QUuid& account)
 {
-    const Params params(request, respond.command());
-    const QUuid account = params.uuid("id");
     if (RepositorySync* sync = m_syncs.value(account))
         sync->cancel();
-    respond.success();
 }
 
-void Engine::synchronizeList(const QJsonObject&, const Responder& respond)
+QList<QUuid> Engine::synchronisingAccounts() const
 {
-    QJsonArray list;
+    QList<QUuid> accounts;
     for (auto it = m_syncs.constBegin(); it != m_syncs.constEnd(); ++it) {
         if (it.value())
-            list.append(QJsonObject {{QStringLiteral("Key"), it.key().toString()}});
+            accounts.append(it.key());
     }
-    respond.success({{QStringLiteral("list"), list}});
+    return accounts;
 }
 
 } // namespace TWB::Service

@@ -5,11 +5,10 @@
 #include "platform/plan/backup.h"
 #include "platform/plan/factory.h"
 #include "service/engine/engine_process.h"
-#include "service/engine/plan_paths.h"
+#include "service/catalog/plan_paths.h"
 #include "service/store/plan_store.h"
 #include "service/engine/repository_key_store.h"
 #include "service/engine/restic_output.h"
-#include "service/server/service_server.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,11 +19,10 @@ namespace TWB::Service {
 
 namespace Type = TWB::Common::Communication::Notification::Type;
 
-RepositorySync::RepositorySync(Database& database, ServiceServer& server, const RunPlaces& places, const QUuid& account,
-    const QString& password, QObject* parent)
+RepositorySync::RepositorySync(
+    Database& database, const RunPlaces& places, const QUuid& account, const QString& password, QObject* parent)
     : QObject(parent)
     , m_database(database)
-    , m_server(server)
     , m_places(places)
     , m_accountId(account)
     , m_password(password)
@@ -46,7 +44,7 @@ RepositorySync::~RepositorySync() = default;
 void RepositorySync::message(const QString& text)
 {
     TWL::TwlDebug("TWB").info() << "Synchronising" << m_accountId.toString() << ":" << text;
-    m_server.broadcast(QLatin1String(Type::RepositorySyncMessage1),
+    Q_EMIT notification(QLatin1String(Type::RepositorySyncMessage1),
         {{QStringLiteral("id"), m_accountId.toString()}, {QStringLiteral("message"), text}});
 }
 
@@ -57,10 +55,10 @@ void RepositorySync::end(const QString& text)
     m_ended = true;
     message(text);
     m_steps->removeFolder();
-    m_server.broadcast(QLatin1String(Type::StorageSyncFinished),
+    Q_EMIT notification(QLatin1String(Type::StorageSyncFinished),
         {{QStringLiteral("id"), m_accountId.toString()}, {QStringLiteral("message"), text}});
     // What the account holds and its prefixes may have changed.
-    m_server.broadcast(QLatin1String(Type::StorageUpdated), {{QStringLiteral("id"), m_accountId.toString()}});
+    Q_EMIT notification(QLatin1String(Type::StorageUpdated), {{QStringLiteral("id"), m_accountId.toString()}});
     Q_EMIT finished();
 }
 
@@ -82,7 +80,7 @@ void RepositorySync::runRestic(const Repository& repository, const QString& pass
 
 void RepositorySync::start()
 {
-    m_server.broadcast(QLatin1String(Type::StorageSyncStarted), {{QStringLiteral("id"), m_accountId.toString()}});
+    Q_EMIT notification(QLatin1String(Type::StorageSyncStarted), {{QStringLiteral("id"), m_accountId.toString()}});
     const std::optional<Account> account = AccountStore(m_database).find(m_accountId);
     if (!account) {
         end(QStringLiteral("The storage account does not exist"));

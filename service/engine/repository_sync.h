@@ -6,6 +6,7 @@
 #include "service/engine/plan_run.h"
 #include "service/catalog/snapshot_index.h"
 
+#include <QJsonObject>
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
@@ -16,7 +17,6 @@
 namespace TWB::Service {
 
 class Database;
-class ServiceServer;
 
 /// Rebuilds the catalog of one storage account from the repositories the storage holds, under
 /// every prefix, so that a new machine can restore what another one backed up. Each repository
@@ -29,8 +29,8 @@ class RepositorySync final : public QObject
     Q_OBJECT
     Q_DISABLE_COPY(RepositorySync)
 public:
-    RepositorySync(Database& database, ServiceServer& server, const RunPlaces& places, const QUuid& account,
-        const QString& password, QObject* parent = nullptr);
+    RepositorySync(Database& database, const RunPlaces& places, const QUuid& account, const QString& password,
+        QObject* parent = nullptr);
     ~RepositorySync() override;
 
     void start();
@@ -38,6 +38,7 @@ public:
 
 Q_SIGNALS:
     void finished();
+    void notification(const QString& type, const QJsonObject& data);
 
 private:
     struct Repository
@@ -57,7 +58,6 @@ private:
     void end(const QString& text);
 
     Database& m_database;
-    ServiceServer& m_server;
     RunPlaces m_places;
     QUuid m_accountId;
     QString m_password;

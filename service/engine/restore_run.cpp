@@ -6,7 +6,7 @@
 #include "platform/logging/twl_debug.h"
 #include "service/engine/backup_selection.h"
 #include "service/catalog/version_catalog.h"
-#include "service/engine/plan_paths.h"
+#include "service/catalog/plan_paths.h"
 #include "service/store/plan_store.h"
 #include "service/store/product_options.h"
 #include "service/engine/repository_key_store.h"

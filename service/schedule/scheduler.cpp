@@ -10,7 +10,6 @@
 #include "service/schedule/next_run.h"
 #include "service/schedule/schedule_timing.h"
 #include "service/store/plan_store.h"
-#include "service/server/service_server.h"
 #include "service/store/transaction.h"
 
 #include <QHash>
@@ -24,11 +23,10 @@ namespace TWB::Service {
 
 namespace Type = TWB::Common::Communication::Notification::Type;
 
-Scheduler::Scheduler(Database& database, Engine& engine, ServiceServer& server, QObject* parent)
+Scheduler::Scheduler(Database& database, Engine& engine, QObject* parent)
     : QObject(parent)
     , m_database(database)
     , m_engine(engine)
-    , m_server(server)
     , m_clock([] { return QDateTime::currentDateTimeUtc(); })
 {
     m_timer.setSingleShot(true);
@@ -167,7 +165,7 @@ void Scheduler::pass(bool atStart)
         TWL::TwlDebug("TWB").warning() << "The scheduler could not read the plans:" << text;
     }
     for (const QUuid& id : qAsConst(changed))
-        m_server.broadcast(QLatin1String(Type::PlanUpdated), {{QStringLiteral("id"), id.toString()}});
+        Q_EMIT notification(QLatin1String(Type::PlanUpdated), {{QStringLiteral("id"), id.toString()}});
     arm();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QJsonObject>
 #include <QObject>
 #include <QTimer>
 #include <QUuid>
@@ -12,7 +13,6 @@ namespace TWB::Service {
 class Database;
 class Engine;
 class PlanStore;
-class ServiceServer;
 struct PlanRecord;
 struct ScheduleTiming;
 
@@ -28,7 +28,7 @@ public:
     /// What the scheduler takes for now; the wall clock unless another is given.
     using Clock = std::function<QDateTime()>;
 
-    Scheduler(Database& database, Engine& engine, ServiceServer& server, QObject* parent = nullptr);
+    Scheduler(Database& database, Engine& engine, QObject* parent = nullptr);
 
     void setClock(Clock clock) { m_clock = std::move(clock); }
 
@@ -39,6 +39,10 @@ public:
 
     /// How long the timer sleeps at most, so that a changed clock is noticed.
     static constexpr int longestSleepMs() { return 60 * 1000; }
+
+Q_SIGNALS:
+    /// A plan's next run moved without anyone asking.
+    void notification(const QString& type, const QJsonObject& data);
 
 private:
     /// Starts what is due at `now`; at the service's start, missed plans decide for themselves.
@@ -52,7 +56,6 @@ private:
 
     Database& m_database;
     Engine& m_engine;
-    ServiceServer& m_server;
     QTimer m_timer;
     Clock m_clock;
     QDateTime m_lastPass;

@@ -4,6 +4,7 @@
 #include "platform/logging/twl_debug.h"
 #include "service/commands/certificate_commands.h"
 #include "service/commands/content_commands.h"
+#include "service/commands/engine_commands.h"
 #include "service/store/database.h"
 #include "service/store/transaction.h"
 #include "service/engine/engine.h"
@@ -84,11 +85,16 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         m_certificates->registerAt(m_router);
         m_settings->registerAt(m_router);
 
-        m_engine = std::make_unique<Engine>(*m_database, m_server, *m_plans, dataDir);
-        m_engine->registerAt(m_router);
-        m_scheduler = std::make_unique<Scheduler>(*m_database, *m_engine, m_server);
+        m_engine = std::make_unique<Engine>(*m_database, dataDir);
+        m_engineCommands = std::make_unique<EngineCommands>(*m_database, *m_engine);
+        m_engineCommands->registerAt(m_router);
+        m_scheduler = std::make_unique<Scheduler>(*m_database, *m_engine);
         Engine* engine = m_engine.get();
         Scheduler* scheduler = m_scheduler.get();
+        PlanCommands* plans = m_plans.get();
+        connect(engine, &Engine::notification, &m_notifier, &Notifier::send);
+        connect(scheduler, &Scheduler::notification, &m_notifier, &Notifier::send);
+        m_engine->setPlanRemover([plans](const QUuid& id) { plans->removePlan(id); });
         m_plans->setRunningCheck([engine](const QUuid& id) { return engine->isRunning(id); });
         m_plans->setChangeListener([scheduler] { scheduler->plansChanged(); });
         m_storages->setSyncCheck([engine](const QUuid& id) { return engine->isSynchronising(id); });

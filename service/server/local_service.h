@@ -15,6 +15,7 @@ class CertificateCommands;
 class ContentCommands;
 class Database;
 class Engine;
+class EngineCommands;
 class HistoryCommands;
 class Scheduler;
 class PlanCommands;
@@ -51,6 +52,7 @@ private:
     std::unique_ptr<CertificateCommands> m_certificates;
     std::unique_ptr<SettingsCommands> m_settings;
     std::unique_ptr<Engine> m_engine;
+    std::unique_ptr<EngineCommands> m_engineCommands;
     std::unique_ptr<Scheduler> m_scheduler;
 };
 

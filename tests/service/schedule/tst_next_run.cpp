@@ -5,12 +5,8 @@
 #include "platform/crypt/local_password.h"
 #include "platform/plan/backup_file.h"
 #include "platform/plan/schedule.h"
-#include "service/commands/command_router.h"
-#include "service/commands/notifier.h"
-#include "service/commands/plan_commands.h"
 #include "service/engine/engine.h"
 #include "service/schedule/scheduler.h"
-#include "service/server/service_server.h"
 #include "service/store/database.h"
 #include "service/store/history_store.h"
 #include "service/store/plan_store.h"
@@ -326,12 +322,8 @@ private Q_SLOTS:
         QVERIFY(SHARED::cryptNS::ensure_local_key());
         Database database(data.path() + QStringLiteral("/service.db"));
         database.open();
-        CommandRouter router;
-        ServiceServer server(router);
-        Notifier notifier;
-        PlanCommands commands(database, notifier);
-        Engine engine(database, server, commands, data.path());
-        Scheduler scheduler(database, engine, server);
+        Engine engine(database, data.path());
+        Scheduler scheduler(database, engine);
         // The clock stood a month ahead when the service started.
         const QDateTime real = QDateTime::currentDateTimeUtc();
         QDateTime now = real.addDays(30);

@@ -1,4 +1,4 @@
-#include "service/server/peer_certificate_probe.h"
+#include "service/commands/peer_certificate_probe.h"
 
 #include "platform/logging/twl_debug.h"
 

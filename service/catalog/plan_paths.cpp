@@ -1,4 +1,4 @@
-#include "service/engine/plan_paths.h"
+#include "service/catalog/plan_paths.h"
 
 #include <QFile>
 #include <QSet>
