@@ -13,6 +13,7 @@
 #include "storages/ssl_cert_make_trust_dialog.h"
 #include "widgets/progress_wheel.h"
 
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -81,6 +82,15 @@ Storages::Add::~Add()
         containersOperation->remove();
     if (createOperation)
         createOperation->remove();
+}
+
+void Storages::Add::selectPendingContainer(QComboBox* box, QString* pending)
+{
+    int at = box->findText(*pending, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (at < 0)
+        at = box->findText(*pending, Qt::MatchFixedString);
+    pending->clear();
+    box->setCurrentIndex(at < 0 ? 0 : at);
 }
 
 QString Storages::Add::defaultPrefix()

@@ -10,6 +10,7 @@
 #include <QStringList>
 #include <QUuid>
 
+class QComboBox;
 class QDialogButtonBox;
 class QGridLayout;
 class QLabel;
@@ -88,6 +89,9 @@ public:
 
     /// The prefix a new account starts with: the computer's name.
     static QString defaultPrefix();
+    /// Selects in a freshly listed box the name kept for it (exact spelling first, else one differing in
+    /// case, else the first entry) and forgets the name.
+    static void selectPendingContainer(QComboBox* box, QString* pending);
 
 public Q_SLOTS:
     virtual void onAccept() = 0;

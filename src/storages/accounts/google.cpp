@@ -243,13 +243,8 @@ void Google::Add::onDataChanged()
         return;
     }
     bucket->setEnabled(true);
-    if (!pendingContainer.isEmpty() && !containers.isEmpty()) {
-        int at = bucket->findText(pendingContainer, Qt::MatchExactly | Qt::MatchCaseSensitive);
-        if (at < 0)
-            at = bucket->findText(pendingContainer, Qt::MatchFixedString);
-        pendingContainer.clear();
-        bucket->setCurrentIndex(at < 0 ? 0 : at);
-    }
+    if (!pendingContainer.isEmpty() && !containers.isEmpty())
+        selectPendingContainer(bucket, &pendingContainer);
     if (listLoaded) {
         addBucket->setEnabled(true);
         okButton()->setEnabled(bucket->currentIndex() >= 0);
