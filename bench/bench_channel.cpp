@@ -8,6 +8,7 @@
 // Round trips go to a real twbd; notifications come from a scripted peer in a child process,
 // so that the subscriber's side is measured on its own core.
 
+#include "bench_wait.h"
 #include "platform/communication/connection_manager.h"
 #include "platform/communication/icommand.h"
 #include "platform/communication/manager.h"
@@ -33,19 +34,9 @@
 
 using namespace TWB::Common::Communication;
 
-namespace {
+using TWB::Bench::waitFor;
 
-bool waitFor(const std::function<bool()>& done, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-    }
-    return true;
-}
+namespace {
 
 QJsonObject progressPayload(int seq)
 {

@@ -11,6 +11,7 @@
 // initChecked() until the last listing has arrived.
 // Deriving: the include and exclude lists of the listed huge folder, with every seventh file left out.
 
+#include "bench_wait.h"
 #include "backup_wizard/file_system_checked_model.h"
 #include "backup_wizard/file_system_checked_proxy_model.h"
 
@@ -33,19 +34,10 @@
 
 using namespace TWB::GUI;
 
-namespace {
+// The listing is timed: the waits wake every 5 ms so that the stall measure is the tree's, not ours.
+using TWB::Bench::waitFor;
 
-bool waitFor(const std::function<bool()>& done, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
-    }
-    return true;
-}
+namespace {
 
 qint64 statusKb(const char* key)
 {
@@ -118,7 +110,7 @@ int listingRun(const QString& kind, const QString& root, int entries)
     if (kind == QLatin1String("qfs")) {
         view.setModel(&files);
         files.setRootPath(root);
-        if (!waitFor([&] { return files.rowCount(files.index(root)) > 0; }, 30000))
+        if (!waitFor([&] { return files.rowCount(files.index(root)) > 0; }, 30000, 5))
             return 1;
         rows = [&] { return files.rowCount(files.index(big)); };
         open = [&] {
@@ -129,12 +121,12 @@ int listingRun(const QString& kind, const QString& root, int entries)
         proxy.setSourceModel(&tree);
         view.setModel(&proxy);
         view.expand(proxy.mapFromSource(tree.indexByPath(root)));
-        if (!waitFor([&] { return tree.indexByPath(big).isValid(); }, 30000))
+        if (!waitFor([&] { return tree.indexByPath(big).isValid(); }, 30000, 5))
             return 1;
         rows = [&] { return tree.rowCount(tree.indexByPath(big)); };
         open = [&] { view.expand(proxy.mapFromSource(tree.indexByPath(big))); };
     }
-    waitFor([] { return false; }, 200); // let the first listing settle before the baseline
+    waitFor([] { return false; }, 200, 5); // let the first listing settle before the baseline
     const qint64 before = statusKb("VmRSS:");
     StallMeter stall;
     stall.start();
@@ -142,7 +134,7 @@ int listingRun(const QString& kind, const QString& root, int entries)
     clock.start();
     open();
     // A model that has not all rows after two minutes is stopped there; the figures then are lower bounds.
-    waitFor([&] { return rows() >= entries; }, 120000);
+    waitFor([&] { return rows() >= entries; }, 120000, 5);
     const qint64 elapsed = clock.elapsed();
     const qint64 longest = stall.stop();
     std::printf("%lld %lld %lld %d\n", static_cast<long long>(elapsed),
@@ -256,7 +248,7 @@ int main(int argc, char* argv[])
     QElapsedTimer clock;
     clock.start();
     restored.initChecked(includes, excludes);
-    waitFor([&] { return !restored.isListing(); }, 60000);
+    waitFor([&] { return !restored.isListing(); }, 60000, 5);
     const qint64 restoreMs = clock.elapsed();
     QStringList gotIncludes = restored.includePath(false);
     QStringList gotExcludes = restored.excludePath(false);
@@ -273,10 +265,10 @@ int main(int argc, char* argv[])
     // Deriving the lists from the huge folder, checked whole but for every seventh file.
     FileSystemCheckedModel tree(volumeOf(root));
     tree.fetchMore(tree.indexByPath(root));
-    waitFor([&] { return !tree.isListing(); }, 60000);
+    waitFor([&] { return !tree.isListing(); }, 60000, 5);
     const QModelIndex big = tree.indexByPath(root + QStringLiteral("/big"));
     tree.fetchMore(big);
-    waitFor([&] { return !tree.isListing(); }, 60000);
+    waitFor([&] { return !tree.isListing(); }, 60000, 5);
     tree.setData(big, Qt::Checked, Qt::CheckStateRole);
     for (int row = 0; row < tree.rowCount(big); row += 7)
         tree.setData(tree.index(row, 0, big), Qt::Unchecked, Qt::CheckStateRole);

@@ -7,6 +7,7 @@
 // backup table by name with the numeric collator; and PlanBackupModel::init, which filters, sorts and
 // publishes the rows.
 
+#include "bench_wait.h"
 #include "frame/model_manager.h"
 #include "frame/model_names.h"
 #include "frame/shared_model_creator.h"
@@ -37,19 +38,9 @@
 using namespace TWB::GUI;
 using TWB::Common::Communication::ConnectionManager;
 
-namespace {
+using TWB::Bench::waitFor;
 
-bool waitFor(const std::function<bool()>& done, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-    }
-    return true;
-}
+namespace {
 
 // Names as people give them, numbered in shuffled order so that the sort has work to do.
 QJsonArray planList(int count)
