@@ -41,9 +41,11 @@ using namespace TWB::GUI;
 using namespace TWB::GUI::Settings;
 using S3Form = Account::AmazonS3Compatible::Add;
 using TWB::Test::AzuritePeer;
+using TWB::Test::items;
 using TWB::Test::ModalAnswerer;
 using TWB::Test::ModalDriver;
 using TWB::Test::MotoPeer;
+using TWB::Test::pressList;
 using TWB::Test::SftpPeer;
 using TWB::Test::StorageConsole;
 using TWB::Test::TestEnvironment;
@@ -85,21 +87,6 @@ private:
         QTest::keyClicks(form->endpointEdit(), QStringLiteral("http://") + m_moto->endpoint());
         // Return ends the endpoint's editing, which reads its scheme.
         QTest::keyClick(form->endpointEdit(), Qt::Key_Return);
-    }
-
-    /// Presses the bucket list, as a user does to see the buckets, and waits for the answer.
-    static bool pressBuckets(S3Form* form)
-    {
-        QTest::mousePress(form->bucketBox(), Qt::LeftButton);
-        return QTest::qWaitFor([form] { return form->isListLoaded() || !form->messageText().isEmpty(); }, listWait);
-    }
-
-    static QStringList items(const QComboBox* box)
-    {
-        QStringList texts;
-        for (int i = 0; i < box->count(); ++i)
-            texts << box->itemText(i);
-        return texts;
     }
 
     static QModelIndex shownRow(Storages& page, const QString& name) { return shownRow(page.list(), name); }
@@ -144,7 +131,7 @@ private Q_SLOTS:
         form->show();
         fill(form.get(), QStringLiteral("Moto"), QStringLiteral("not-the-secret"));
         QVERIFY(form->bucketBox()->isEnabled());
-        QVERIFY(pressBuckets(form.get()));
+        QVERIFY(pressList(form.get()));
         QVERIFY(!form->isListLoaded());
         QCOMPARE(form->messageText(), QStringLiteral("The storage refused the secret key."));
         QVERIFY(!form->okButton()->isEnabled());
@@ -157,7 +144,7 @@ private Q_SLOTS:
         QTest::keyClicks(form->secretKeyEdit(), m_moto->secretKey());
         QVERIFY(form->messageText().isEmpty());
         QVERIFY(form->bucketBox()->isEnabled());
-        QVERIFY(pressBuckets(form.get()));
+        QVERIFY(pressList(form.get()));
         QVERIFY2(form->isListLoaded(), qPrintable(form->messageText()));
         // Neither secret reached the log above debug level.
         const auto entries = log.entries();
@@ -175,7 +162,7 @@ private Q_SLOTS:
         form->show();
         fill(form.get(), QStringLiteral("Moto"), m_moto->secretKey());
         QVERIFY(!form->okButton()->isEnabled());
-        QVERIFY(pressBuckets(form.get()));
+        QVERIFY(pressList(form.get()));
         QVERIFY2(form->isListLoaded(), qPrintable(form->messageText()));
         QVERIFY(items(form->bucketBox()).contains(QStringLiteral("photos-2026")));
         QVERIFY(items(form->bucketBox()).contains(QStringLiteral("ledger")));
@@ -246,7 +233,7 @@ private Q_SLOTS:
         auto form = newForm();
         form->show();
         fill(form.get(), QStringLiteral("Moto"), m_moto->secretKey());
-        QVERIFY(pressBuckets(form.get()));
+        QVERIFY(pressList(form.get()));
         form->bucketBox()->setCurrentText(QStringLiteral("ledger"));
         QCOMPARE(form->bucketBox()->currentText(), QStringLiteral("ledger"));
 
@@ -276,7 +263,7 @@ private Q_SLOTS:
         QString saved;
         ModalDriver<S3Form> driver([this, &saved](S3Form* form) {
             fill(form, QStringLiteral("Holiday pictures"), m_moto->secretKey());
-            if (!pressBuckets(form))
+            if (!pressList(form))
                 return form->reject();
             form->bucketBox()->setCurrentText(QStringLiteral("photos-2026"));
             saved = form->accountId().toString();
@@ -447,7 +434,7 @@ private Q_SLOTS:
             QTest::keyClicks(form->endpointEdit(),
                 QStringLiteral("http://127.0.0.1:%1/%2").arg(azurite.port()).arg(AzuritePeer::account()));
             QTest::keyClick(form->endpointEdit(), Qt::Key_Return);
-            if (!pressBuckets(form) || !form->isListLoaded())
+            if (!pressList(form) || !form->isListLoaded())
                 return form->reject();
             ModalDriver<Storages::AddContainer> name([](Storages::AddContainer* dialog) {
                 QTest::keyClicks(dialog->nameEdit(), QStringLiteral("backups"));
@@ -521,7 +508,7 @@ private Q_SLOTS:
 
         // The second time it is trusted, and the list that follows works.
         ModalDriver<SslCertMakeTrustDialog> trust([](SslCertMakeTrustDialog* dialog) { dialog->accept(); });
-        QVERIFY(pressBuckets(form.get()) || trust.ran());
+        QVERIFY(pressList(form.get()) || trust.ran());
         QVERIFY(trust.ran());
         QTRY_VERIFY_WITH_TIMEOUT(form->isListLoaded(), listWait);
         QVERIFY(items(form->bucketBox()).isEmpty() || form->okButton()->isEnabled());

@@ -26,9 +26,11 @@ using namespace TWB::GUI;
 using namespace TWB::GUI::Settings;
 using Form = Account::Google::Add;
 using InstallApp = Form::AuthenticatioInstallApp;
+using TWB::Test::items;
 using TWB::Test::ModalDriver;
 using TWB::Test::MotoPeer;
 using TWB::Test::OAuthPeer;
+using TWB::Test::pressList;
 using TWB::Test::StorageConsole;
 using TWB::Test::TestEnvironment;
 
@@ -96,7 +98,7 @@ private:
         return driver.ran() ? code : QString();
     }
 
-    static bool pressBuckets(Form* form)
+    static bool pressList(Form* form)
     {
         QTest::mousePress(form->bucketBox(), Qt::LeftButton);
         return QTest::qWaitFor([form] { return form->isListLoaded() || !form->messageText().isEmpty(); }, listWait);
@@ -151,7 +153,7 @@ private Q_SLOTS:
         QVERIFY(!form->okButton()->isEnabled());
 
         // The press trades the code for a refresh token, with which rclone lists the provider's buckets.
-        QVERIFY(pressBuckets(form.get()));
+        QVERIFY(pressList(form.get()));
         QVERIFY2(form->isListLoaded(), qPrintable(form->messageText()));
         QCOMPARE(form->bucketBox()->count(), 2);
         QVERIFY(form->heldRefreshToken().startsWith("1//refresh-"));
@@ -205,7 +207,7 @@ private Q_SLOTS:
         QVERIFY(!code.isEmpty());
         // Traded once elsewhere: the provider refuses it the second time.
         QVERIFY(!form->refreshTokenInstalledApp(code.toLatin1()).isEmpty());
-        QVERIFY(pressBuckets(form.get()));
+        QVERIFY(pressList(form.get()));
         QVERIFY(form->heldRefreshToken().isEmpty());
         QVERIFY(log.contains(QtWarningMsg, QStringLiteral("TWB"), QStringLiteral("invalid_grant")));
         QVERIFY(!form->isListLoaded());
@@ -225,7 +227,7 @@ private Q_SLOTS:
         });
         QTest::mouseClick(form->settingsButton(), Qt::LeftButton);
         QVERIFY(again.ran());
-        QVERIFY(pressBuckets(form.get()));
+        QVERIFY(pressList(form.get()));
         QVERIFY2(form->isListLoaded(), qPrintable(form->messageText()));
         for (const auto& entry : log.entries())
             QVERIFY2(entry.type == QtDebugMsg || !entry.message.contains(code), qPrintable(entry.message));
@@ -289,7 +291,7 @@ private Q_SLOTS:
         QTest::mouseClick(form->advancedButton(), Qt::LeftButton);
         QVERIFY(advanced.ran());
         QVERIFY(sslOffered);
-        QVERIFY(pressBuckets(form.get()));
+        QVERIFY(pressList(form.get()));
         QVERIFY2(form->isListLoaded(), qPrintable(form->messageText()));
 
         ModalDriver<Account::Google::AddContainer> bucket([](Account::Google::AddContainer* dialog) {

@@ -30,7 +30,9 @@ using namespace TWB::GUI;
 using namespace TWB::GUI::Settings;
 using SwiftForm = Account::OpenStack::Add;
 using TWB::Test::CloudPeer;
+using TWB::Test::items;
 using TWB::Test::ModalDriver;
+using TWB::Test::pressList;
 using TWB::Test::StorageConsole;
 using TWB::Test::SwiftPeer;
 using TWB::Test::TestEnvironment;
@@ -71,21 +73,6 @@ private:
         QTest::keyClick(form->endpointEdit(), Qt::Key_Return);
         if (form->tenantEdit()->isVisible())
             QTest::keyClicks(form->tenantEdit(), project);
-    }
-
-    /// Presses the container list, as a user does to see the containers, and waits for the answer.
-    static bool pressContainers(SwiftForm* form)
-    {
-        QTest::mousePress(form->bucketBox(), Qt::LeftButton);
-        return QTest::qWaitFor([form] { return form->isListLoaded() || !form->messageText().isEmpty(); }, listWait);
-    }
-
-    static QStringList items(const QComboBox* box)
-    {
-        QStringList texts;
-        for (int i = 0; i < box->count(); ++i)
-            texts << box->itemText(i);
-        return texts;
     }
 
     int rowOf(const QString& name) const { return m_console->rowOf(name); }
@@ -164,7 +151,7 @@ private Q_SLOTS:
         if (form->locationBox()->count() > 0)
             QCOMPARE(form->locationBox()->currentText(), QStringLiteral("Other"));
         QVERIFY(form->bucketBox()->isEnabled());
-        QVERIFY(pressContainers(form.get()));
+        QVERIFY(pressList(form.get()));
         QCOMPARE(form->messageText(), message);
         QCOMPARE(form->isListLoaded(), message.isEmpty());
         QCOMPARE(form->okButton()->isEnabled(), message.isEmpty());
@@ -187,7 +174,7 @@ private Q_SLOTS:
         auto form = newForm();
         form->show();
         fill(form.get(), QStringLiteral("Swift"), m_swift->authUrl(1), SwiftPeer::key());
-        QVERIFY(pressContainers(form.get()));
+        QVERIFY(pressList(form.get()));
         QVERIFY2(form->isListLoaded(), qPrintable(form->messageText()));
 
         ModalDriver<Storages::AddContainer> driver([](Storages::AddContainer* dialog) {
@@ -236,7 +223,7 @@ private Q_SLOTS:
         page.show();
         ModalDriver<SwiftForm> driver([this](SwiftForm* form) {
             fill(form, QStringLiteral("Private cloud"), m_swift->authUrl(3), SwiftPeer::key());
-            if (!pressContainers(form) || !form->isListLoaded())
+            if (!pressList(form) || !form->isListLoaded())
                 return form->reject();
             form->bucketBox()->setCurrentText(QStringLiteral("photos"));
             QTest::mouseClick(form->okButton(), Qt::LeftButton);

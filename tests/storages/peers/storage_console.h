@@ -8,6 +8,7 @@
 #include "support/service_process.h"
 #include "support/test_environment.h"
 
+#include <QComboBox>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -56,5 +57,20 @@ private:
     ServiceProcess m_service;
     TWB::GUI::SharedModelCreator<TWB::GUI::StorageConnectionsModel> m_creator {TWB::GUI::ModelNames::StorageConnection};
 };
+
+/// Presses a form's bucket or container list, as a user does to see what it holds, and waits for the answer.
+template <typename Form> bool pressList(Form* form, int timeoutMs = 60000)
+{
+    QTest::mousePress(form->bucketBox(), Qt::LeftButton);
+    return QTest::qWaitFor([form] { return form->isListLoaded() || !form->messageText().isEmpty(); }, timeoutMs);
+}
+
+inline QStringList items(const QComboBox* box)
+{
+    QStringList texts;
+    for (int i = 0; i < box->count(); ++i)
+        texts << box->itemText(i);
+    return texts;
+}
 
 } // namespace TWB::Test
