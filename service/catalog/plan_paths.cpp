@@ -1,7 +1,6 @@
 #include "service/catalog/plan_paths.h"
 
-#include <QFile>
-#include <QSet>
+#include "platform/drive_shares.h"
 
 namespace TWB::Service {
 
@@ -42,31 +41,15 @@ QString withoutTrailingSlash(QString path)
 
 bool PlanPaths::isNetworkType(const QString& type)
 {
-    static const QSet<QString> networkTypes = {QStringLiteral("nfs"), QStringLiteral("nfs4"), QStringLiteral("cifs"),
-        QStringLiteral("smb3"), QStringLiteral("smbfs"), QStringLiteral("fuse.sshfs"), QStringLiteral("sshfs"),
-        QStringLiteral("9p"), QStringLiteral("afs"), QStringLiteral("ceph"), QStringLiteral("glusterfs"),
-        QStringLiteral("fuse.glusterfs"), QStringLiteral("davfs"), QStringLiteral("fuse.davfs2"),
-        QStringLiteral("ncpfs")};
-    return networkTypes.contains(type);
+    return TWB::Info::DriveShares::isNetworkType(type);
 }
 
 QList<PlanPaths::Mount> PlanPaths::currentMounts()
 {
     QList<Mount> mounts;
-    QFile file(QStringLiteral("/proc/self/mounts"));
-    if (!file.open(QIODevice::ReadOnly))
-        return mounts;
-    const QList<QByteArray> lines = file.readAll().split('\n');
-    for (const QByteArray& line : lines) {
-        const QList<QByteArray> fields = line.split(' ');
-        if (fields.size() < 3)
-            continue;
-        // The kernel writes blanks in mount points as \040.
-        QString point = QString::fromUtf8(fields.at(1));
-        point.replace(QLatin1String("\\040"), QLatin1String(" "));
-        const QString type = QString::fromUtf8(fields.at(2));
-        mounts.append({withoutTrailingSlash(point), type, isNetworkType(type)});
-    }
+    const auto table = TWB::Info::DriveShares::currentMounts();
+    for (const auto& mount : table)
+        mounts.append({mount.point, mount.type, isNetworkType(mount.type)});
     return mounts;
 }
 

@@ -28,23 +28,28 @@ bool isUserMountPoint(const QString& point)
 
 DriveShares DriveShares::Instance()
 {
+    return DriveShares(currentMounts());
+}
+
+QVector<DriveShares::Mount> DriveShares::currentMounts()
+{
     QVector<Mount> mounts;
     QFile file(QStringLiteral("/proc/self/mounts"));
-    if (file.open(QIODevice::ReadOnly)) {
-        const QList<QByteArray> lines = file.readAll().split('\n');
-        for (const QByteArray& line : lines) {
-            const QList<QByteArray> fields = line.split(' ');
-            if (fields.size() < 3)
-                continue;
-            // The kernel writes blanks in mount points as \040.
-            QString point = QString::fromUtf8(fields.at(1));
-            point.replace(QLatin1String("\\040"), QLatin1String(" "));
-            while (point.size() > 1 && point.endsWith(QLatin1Char('/')))
-                point.chop(1);
-            mounts.append({point, QString::fromUtf8(fields.at(2))});
-        }
+    if (!file.open(QIODevice::ReadOnly))
+        return mounts;
+    const QList<QByteArray> lines = file.readAll().split('\n');
+    for (const QByteArray& line : lines) {
+        const QList<QByteArray> fields = line.split(' ');
+        if (fields.size() < 3)
+            continue;
+        // The kernel writes blanks in mount points as \040.
+        QString point = QString::fromUtf8(fields.at(1));
+        point.replace(QLatin1String("\\040"), QLatin1String(" "));
+        while (point.size() > 1 && point.endsWith(QLatin1Char('/')))
+            point.chop(1);
+        mounts.append({point, QString::fromUtf8(fields.at(2))});
     }
-    return DriveShares(mounts);
+    return mounts;
 }
 
 DriveShares::DriveShares(QVector<Mount> mountList)

@@ -35,6 +35,8 @@ public:
     /// This moment's mounts, read from /proc/self/mounts. Nothing is touched on disk, so a hung network
     /// mount cannot block the caller.
     static DriveShares Instance();
+    /// The mount table alone, mount points without a trailing slash.
+    static QVector<Mount> currentMounts();
     explicit DriveShares(QVector<Mount> mounts);
 
     /// The root file system first, then local volumes mounted apart for the user, then network shares.
