@@ -98,6 +98,8 @@ BackupPlanEditWizard::PageCompressionEndEncryption::PageCompressionEndEncryption
     // Names for style sheets, accessibility tools and tests.
     sse->setObjectName(QStringLiteral("sse"));
     acceleration->setObjectName(QStringLiteral("acceleration"));
+    // The note under the option is longer than the page is wide.
+    acceleration->label()->setWordWrap(true);
     storageClassLabel->setObjectName(QStringLiteral("storageClassLabel"));
     storageClass->setObjectName(QStringLiteral("storageClass"));
     previewFrame->setObjectName(QStringLiteral("previewFrame"));
