@@ -5,7 +5,9 @@
 #include "platform/defines/path.h"
 #include "platform/defines/provider_defines.h"
 #include "service/commands/command_router.h"
+#include "service/commands/params.h"
 #include "service/commands/responder.h"
+#include "service/store/product_options.h"
 
 #include <QSysInfo>
 
@@ -14,6 +16,33 @@ namespace TWB::Service {
 void SettingsCommands::registerAt(CommandRouter& router)
 {
     router.add(QStringLiteral("GetSettings"), &SettingsCommands::getSettings);
+    router.add(QStringLiteral("GetProductOptions"),
+        [this](const QJsonObject& params, const Responder& respond) { getProductOptions(params, respond); });
+    router.add(QStringLiteral("SetProductOptions"),
+        [this](const QJsonObject& params, const Responder& respond) { setProductOptions(params, respond); });
+}
+
+void SettingsCommands::getProductOptions(const QJsonObject&, const Responder& respond) const
+{
+    QJsonObject options;
+    const QMap<QString, QString> values = ProductOptions(m_optionsFile).values();
+    for (auto it = values.cbegin(); it != values.cend(); ++it)
+        options.insert(it.key(), it.value());
+    respond.success({{QStringLiteral("options"), options}});
+}
+
+void SettingsCommands::setProductOptions(const QJsonObject& params, const Responder& respond) const
+{
+    const Params read(params, respond.command());
+    const QJsonObject options = read.object("options");
+    QMap<QString, QString> values;
+    for (auto it = options.constBegin(); it != options.constEnd(); ++it) {
+        if (!it.value().isString())
+            throw read.fault("options", QStringLiteral("holds \"%1\", which is not a string").arg(it.key().left(80)));
+        values.insert(it.key(), it.value().toString());
+    }
+    ProductOptions(m_optionsFile).write(values);
+    respond.success();
 }
 
 void SettingsCommands::getSettings(const QJsonObject&, const Responder& respond)

@@ -77,7 +77,7 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         m_history = std::make_unique<HistoryCommands>(*m_database);
         m_content = std::make_unique<ContentCommands>(*m_database);
         m_certificates = std::make_unique<CertificateCommands>(*m_database, this);
-        m_settings = std::make_unique<SettingsCommands>();
+        m_settings = std::make_unique<SettingsCommands>(RunPlaces {dataDir}.optionsFile());
         m_plans->registerAt(m_router);
         m_storages->registerAt(m_router);
         m_history->registerAt(m_router);

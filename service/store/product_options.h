@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -15,6 +16,16 @@ public:
     /// restic's speed limits for a storage of that type: "Local Bandwidth" for file-system
     /// accounts, "Cloud Bandwidth" for the others, in KByte/s both ways; none when unset.
     QStringList bandwidthArguments(int storageType) const;
+
+    /// The options a console may read and set: the retention of plans with the default policy and the
+    /// speed limits.
+    static QStringList knownKeys();
+    /// Every known option by key; an unset one is "".
+    QMap<QString, QString> values() const;
+    /// Stores the values given, all or none, replacing the file in one rename so that a run never reads
+    /// half of it. An empty value clears the option. Throws a sentence naming the first unknown key or
+    /// unfit value, or the file that could not be written.
+    void write(const QMap<QString, QString>& values) const;
 
 private:
     QString m_file;

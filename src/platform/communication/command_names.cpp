@@ -44,6 +44,8 @@ const QStringList& knownCommandNames()
         QStringLiteral("GetFbsDestinationPrefixes"),
         QStringLiteral("ChangeUserPassword"),
         QStringLiteral("GetSettings"),
+        QStringLiteral("GetProductOptions"),
+        QStringLiteral("SetProductOptions"),
         QStringLiteral("ChangeAccount"),
         QStringLiteral("ExportConfiguration"),
         QStringLiteral("ImportConfiguration"),
