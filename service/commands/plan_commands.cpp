@@ -234,14 +234,17 @@ QJsonObject PlanCommands::info(const PlanRecord& plan)
     return object;
 }
 
-QString PlanCommands::shareRoot(const QString& path)
+QString PlanCommands::shareRoot(const QString& path, const PlanPaths& mounts)
 {
+    // The console knows a share by its mount point, the path its file tree shows at the top.
     if (path.startsWith(sharesRoot)) {
         const int end = path.indexOf(QLatin1Char('/'), sharesRoot.size());
-        return end < 0 ? path : path.left(end);
+        const QString root = end < 0 ? path : path.left(end);
+        const QString point = mounts.shareMount(root.mid(sharesRoot.size()));
+        // A share that is not mounted now is still the plan's: it is named as the plan names it.
+        return point.isEmpty() ? root : point;
     }
-    // Shares come and go: the mounts are read anew each time.
-    return PlanPaths().networkMountOf(path);
+    return mounts.networkMountOf(path);
 }
 
 std::shared_ptr<Base> PlanCommands::parsed(const QUuid& id)
@@ -384,6 +387,8 @@ void PlanCommands::removePlan(const QUuid& id)
 void PlanCommands::usedShare(const QJsonObject&, const Responder& respond)
 {
     QJsonArray list;
+    // Shares come and go: the mounts are read anew for each request.
+    const PlanPaths mounts;
     const QList<PlanRecord> plans = PlanStore(m_database).all();
     for (const PlanRecord& record : plans) {
         if (record.subtype != Base::KindBackup)
@@ -395,7 +400,7 @@ void PlanCommands::usedShare(const QJsonObject&, const Responder& respond)
         QSet<QString> shares;
         const QStringList items = files->items();
         for (const QString& item : items) {
-            const QString root = shareRoot(item);
+            const QString root = shareRoot(item, mounts);
             if (!root.isEmpty() && !shares.contains(root)) {
                 shares.insert(root);
                 list.append(

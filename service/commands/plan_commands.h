@@ -15,6 +15,7 @@ namespace TWB::Service {
 
 struct PlanRecord;
 class CommandRouter;
+class PlanPaths;
 class Database;
 class Responder;
 class Notifier;
@@ -42,9 +43,9 @@ public:
     /// A plan as the plan table shows it. The run summary keys stay empty until a run.
     static QJsonObject info(const PlanRecord& plan);
 
-    /// The share root a plan path lies on: "/TWB_SHARES/<name>" for paths under it, else the mount
-    /// point of the network file system that holds the path; empty for local paths.
-    static QString shareRoot(const QString& path);
+    /// The share root a plan path lies on: the mount point of the network file system that holds it,
+    /// "/TWB_SHARES/<name>" for a share of that name that is not mounted; empty for local paths.
+    static QString shareRoot(const QString& path, const PlanPaths& mounts);
 
 private:
     void getList(const QJsonObject& params, const Responder& respond);

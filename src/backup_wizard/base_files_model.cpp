@@ -225,6 +225,17 @@ void BaseFilesModel::appendTopLevel(std::unique_ptr<FileNode> node)
     endInsertRows();
 }
 
+void BaseFilesModel::resetTree()
+{
+    beginResetModel();
+    pathIndex.clear();
+    changedAncestors.clear();
+    root = std::make_unique<FileNode>();
+    root->isExpandable = true;
+    root->load = 2;
+    endResetModel();
+}
+
 void BaseFilesModel::onResult(const QString& path, const FileNodeBatch& items)
 {
     FileNode* node = pathIndex.value(path);

@@ -84,6 +84,8 @@ protected:
     QString pathOf(const FileNode* node) const;
     QString nameOf(const FileNode* node) const;
     void appendTopLevel(std::unique_ptr<FileNode> node);
+    /// Drops the whole tree for an empty one, as a model reset.
+    void resetTree();
     virtual QIcon iconOf(const FileNode* node) const;
 
     IconProvider iconProvider;

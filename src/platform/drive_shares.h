@@ -32,8 +32,8 @@ public:
         int kind = Drive;
     };
 
-    /// This moment's mounts, read from /proc/self/mounts. Nothing is touched on disk, so a hung network
-    /// mount cannot block the caller.
+    /// This moment's mounts, read from /proc/self/mounts, or from the file $TWB_MOUNTS_FILE names in the
+    /// same form. Nothing is touched on disk, so a hung network mount cannot block the caller.
     static DriveShares Instance();
     /// The mount table alone, mount points without a trailing slash.
     static QVector<Mount> currentMounts();

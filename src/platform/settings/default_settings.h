@@ -28,6 +28,9 @@ public:
     void setNotifEmail(const QString& email) { setValue(QStringLiteral("Notification email"), email); }
     QString getNotifUserName() const { return value(QStringLiteral("Notification user name")); }
     void setNotifUserName(const QString& name) { setValue(QStringLiteral("Notification user name"), name); }
+    /// Size of an upload chunk in bytes, as text.
+    QString getChunkSize() const { return value(QStringLiteral("DefaultChunkSize")); }
+    void setChunkSize(const QString& bytes) { setValue(QStringLiteral("DefaultChunkSize"), bytes); }
 
     /// Where the values are kept.
     QString fileName() const;
