@@ -198,7 +198,7 @@ void BackupRun::prepareSelection()
                     return;
                 }
                 if (found.isEmpty()) {
-                    self->end(RunState::Success, QStringLiteral("No file matches the plan's masks"));
+                    self->end(RunState::Success, QStringLiteral("No file matches the plan's filter"));
                     return;
                 }
                 self->m_selection.items = found;
@@ -365,6 +365,7 @@ void BackupRun::backup()
         QStringLiteral("--compression"), files().useCompression() ? QStringLiteral("auto") : QStringLiteral("off"),
         QStringLiteral("--files-from-verbatim"), runFolder() + QLatin1Char('/') + itemsFile,
         QStringLiteral("--exclude-file"), runFolder() + QLatin1Char('/') + excludesFile};
+    arguments << m_selection.options();
     if (m_force)
         arguments << QStringLiteral("--force");
     arguments << ProductOptions(m_places.optionsFile()).bandwidthArguments(m_account.type);

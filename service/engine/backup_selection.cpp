@@ -58,19 +58,19 @@ BackupSelection BackupSelection::of(const BackupFile& plan, const PlanPaths& pat
         // A pattern without a slash matches a path part of that name at any depth.
         selection.excludes << escaped(name);
     }
-    const QStringList masks = plan.filter();
-    if (plan.filterType() == BackupFile::ExcludeMasks) {
-        for (const QString& mask : masks) {
-            if (!mask.trimmed().isEmpty())
-                selection.excludes << mask.trimmed();
-        }
-    } else if (plan.filterType() == BackupFile::IncludeMasks) {
-        for (const QString& mask : masks) {
-            if (!mask.trimmed().isEmpty())
-                selection.masks << mask.trimmed();
-        }
-        selection.listFiles = !selection.masks.isEmpty();
+    QStringList masks;
+    for (const QString& mask : plan.filter()) {
+        if (!mask.trimmed().isEmpty())
+            masks << mask.trimmed();
     }
+    selection.ignoreCase = plan.filterCaseInsensitive();
+    if (plan.filterType() == BackupFile::ExcludeMasks)
+        selection.excludeMasks = masks;
+    else if (plan.filterType() == BackupFile::IncludeMasks)
+        selection.masks = masks;
+    selection.largerThan = plan.excludeLargerThan();
+    selection.modifiedBefore = plan.excludeModifiedBefore();
+    selection.listFiles = !selection.masks.isEmpty() || selection.modifiedBefore.isValid();
     selection.skipHidden = plan.excludeSystemAndHidden();
     if (selection.skipHidden) {
         // Hidden files and folders below the items, never an item the user picked by name.
@@ -82,16 +82,33 @@ BackupSelection BackupSelection::of(const BackupFile& plan, const PlanPaths& pat
     return selection;
 }
 
+QStringList BackupSelection::options() const
+{
+    QStringList result;
+    for (const QString& mask : excludeMasks)
+        result << (ignoreCase ? QStringLiteral("--iexclude=") : QStringLiteral("--exclude=")) + mask;
+    if (largerThan > 0)
+        result << QStringLiteral("--exclude-larger-than") << QString::number(largerThan);
+    return result;
+}
+
 QStringList BackupSelection::walk() const
 {
     QList<QRegularExpression> patterns;
     for (const QString& mask : masks) {
-        patterns << QRegularExpression(
-            QRegularExpression::wildcardToRegularExpression(mask), QRegularExpression::CaseInsensitiveOption);
+        patterns << QRegularExpression(QRegularExpression::wildcardToRegularExpression(mask),
+            ignoreCase ? QRegularExpression::CaseInsensitiveOption : QRegularExpression::NoPatternOption);
     }
-    auto matches = [&patterns](const QString& name) {
+    const qint64 oldestMs = modifiedBefore.isValid() ? modifiedBefore.toMSecsSinceEpoch() : 0;
+    auto matches = [&patterns, oldestMs](const QFileInfo& file) {
+        // A link is kept whatever its target's age: restic backs up the link, whose own time Qt
+        // does not tell.
+        if (oldestMs && !file.isSymLink() && file.lastModified().toMSecsSinceEpoch() < oldestMs)
+            return false;
+        if (patterns.isEmpty())
+            return true;
         for (const QRegularExpression& pattern : qAsConst(patterns)) {
-            if (pattern.match(name).hasMatch())
+            if (pattern.match(file.fileName()).hasMatch())
                 return true;
         }
         return false;
@@ -107,7 +124,7 @@ QStringList BackupSelection::walk() const
     for (const QString& item : items) {
         const QFileInfo info(item);
         if (!info.isDir() || info.isSymLink()) {
-            if (matches(info.fileName()) && !excluded(item))
+            if (matches(info) && !excluded(item))
                 files << item;
             continue;
         }
@@ -127,7 +144,7 @@ QStringList BackupSelection::walk() const
                 if (entry.isDir() && !entry.isSymLink()) {
                     if (!excludedFolders.contains(entry.fileName()))
                         folders << path;
-                } else if (matches(entry.fileName())) {
+                } else if (matches(entry)) {
                     files << path;
                 }
             }

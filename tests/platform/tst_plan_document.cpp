@@ -76,6 +76,9 @@ public:
             file->setBackupEmptyFolders(flag());
             file->setExcludeSystemAndHidden(flag());
             file->setReBackupModifiedSince(dateTime());
+            file->setFilterCaseInsensitive(flag());
+            file->setExcludeLargerThan(m_random.generate64());
+            file->setExcludeModifiedBefore(dateTime());
         }
         if (auto* image = dynamic_cast<BackupDiskImage*>(&plan)) {
             image->setDiskInfo(diskInfo());
@@ -455,6 +458,13 @@ QList<Mutation> mutations()
         {"modified since", on<BackupFile>([](BackupFile& p) {
              p.setReBackupModifiedSince(
                  p.reBackupModifiedSince().isValid() ? QDateTime() : QDateTime::currentDateTimeUtc());
+         })},
+        {"case-insensitive masks",
+            on<BackupFile>([](BackupFile& p) { p.setFilterCaseInsensitive(!p.filterCaseInsensitive()); })},
+        {"larger than", on<BackupFile>([](BackupFile& p) { p.setExcludeLargerThan(p.excludeLargerThan() + 1); })},
+        {"modified before", on<BackupFile>([](BackupFile& p) {
+             p.setExcludeModifiedBefore(
+                 p.excludeModifiedBefore().isValid() ? QDateTime() : QDateTime::currentDateTimeUtc());
          })},
         {"image disk info", on<BackupDiskImage>([](BackupDiskImage& p) {
              auto info = QSharedPointer<DiskInfo>::create(p.diskInfo() ? *p.diskInfo() : DiskInfo());

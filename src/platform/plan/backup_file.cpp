@@ -19,7 +19,9 @@ bool BackupFile::equals(const Base& other) const
     return o && Backup::equals(other) && m_items == o->m_items && m_excludeItems == o->m_excludeItems
         && m_excludeFolders == o->m_excludeFolders && m_filter == o->m_filter && m_filterType == o->m_filterType
         && m_backupEmptyFolders == o->m_backupEmptyFolders && m_excludeSystemAndHidden == o->m_excludeSystemAndHidden
-        && m_reBackupModifiedSince == o->m_reBackupModifiedSince;
+        && m_reBackupModifiedSince == o->m_reBackupModifiedSince
+        && m_filterCaseInsensitive == o->m_filterCaseInsensitive && m_excludeLargerThan == o->m_excludeLargerThan
+        && m_excludeModifiedBefore == o->m_excludeModifiedBefore;
 }
 
 void BackupFile::writeFields(Xml::Writer& w) const
@@ -34,6 +36,9 @@ void BackupFile::writeFields(Xml::Writer& w) const
     w.boolean("BackupEmptyFolders", m_backupEmptyFolders);
     w.boolean("ExcludeSystemAndHidden", m_excludeSystemAndHidden);
     w.dateTime("ReBackupModifiedSince", m_reBackupModifiedSince);
+    w.boolean("FilterCaseInsensitive", m_filterCaseInsensitive);
+    w.unsignedNumber("ExcludeLargerThan", m_excludeLargerThan);
+    w.dateTime("ExcludeModifiedBefore", m_excludeModifiedBefore);
     w.end();
 }
 
@@ -51,6 +56,9 @@ void BackupFile::readFields(Xml::Reader& r, const QDomElement& root)
     m_backupEmptyFolders = r.boolean(e, "BackupEmptyFolders", m_backupEmptyFolders);
     m_excludeSystemAndHidden = r.boolean(e, "ExcludeSystemAndHidden", m_excludeSystemAndHidden);
     m_reBackupModifiedSince = r.dateTime(e, "ReBackupModifiedSince");
+    m_filterCaseInsensitive = r.boolean(e, "FilterCaseInsensitive", m_filterCaseInsensitive);
+    m_excludeLargerThan = r.unsignedNumber(e, "ExcludeLargerThan", m_excludeLargerThan);
+    m_excludeModifiedBefore = r.dateTime(e, "ExcludeModifiedBefore");
 }
 
 } // namespace TWB::Info::Plan

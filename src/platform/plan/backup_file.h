@@ -30,10 +30,19 @@ public:
     void setFilter(const QStringList& masks) { m_filter = masks; }
     FilterType filterType() const { return m_filterType; }
     void setFilterType(FilterType type) { m_filterType = type; }
+    /// The masks match names whatever their case.
+    bool filterCaseInsensitive() const { return m_filterCaseInsensitive; }
+    void setFilterCaseInsensitive(bool insensitive) { m_filterCaseInsensitive = insensitive; }
     bool backupEmptyFolders() const { return m_backupEmptyFolders; }
     void setBackupEmptyFolders(bool backup) { m_backupEmptyFolders = backup; }
     bool excludeSystemAndHidden() const { return m_excludeSystemAndHidden; }
     void setExcludeSystemAndHidden(bool exclude) { m_excludeSystemAndHidden = exclude; }
+    /// Files larger than this many bytes are left out; 0 means no limit.
+    unsigned long long excludeLargerThan() const { return m_excludeLargerThan; }
+    void setExcludeLargerThan(unsigned long long bytes) { m_excludeLargerThan = bytes; }
+    /// Files last modified before this moment are left out; an invalid time means none are.
+    QDateTime excludeModifiedBefore() const { return m_excludeModifiedBefore; }
+    void setExcludeModifiedBefore(const QDateTime& before) { m_excludeModifiedBefore = before; }
     QDateTime reBackupModifiedSince() const { return m_reBackupModifiedSince; }
     void setReBackupModifiedSince(const QDateTime& since) { m_reBackupModifiedSince = since; }
 
@@ -50,8 +59,11 @@ private:
     QStringList m_excludeFolders;
     QStringList m_filter;
     FilterType m_filterType = NoFilter;
+    bool m_filterCaseInsensitive = false;
     bool m_backupEmptyFolders = true;
     bool m_excludeSystemAndHidden = false;
+    unsigned long long m_excludeLargerThan = 0;
+    QDateTime m_excludeModifiedBefore;
     QDateTime m_reBackupModifiedSince;
 };
 

@@ -490,6 +490,85 @@ private Q_SLOTS:
         QCOMPARE(uploaded, expected);
     }
 
+    void sizeAgeAndCaseDecideWhatTheSnapshotHolds_data()
+    {
+        QTest::addColumn<int>("filterType");
+        QTest::addColumn<QStringList>("masks");
+        QTest::addColumn<bool>("ignoreCase");
+        QTest::addColumn<qulonglong>("largerThan");
+        QTest::addColumn<bool>("byAge");
+        QTest::addColumn<QStringList>("expected");
+        const QString big = QStringLiteral("/deep/big.bin");
+        const QString old = QStringLiteral("/deep/old.txt");
+        const QString photo = QStringLiteral("/Photo.JPG");
+        const QString small = QStringLiteral("/small.txt");
+        const int exclude = BackupFile::ExcludeMasks;
+        const int include = BackupFile::IncludeMasks;
+        const QStringList jpg = {QStringLiteral("*.jpg")};
+        QTest::newRow("exclude masks ignoring case")
+            << exclude << jpg << true << qulonglong(0) << false << QStringList({big, old, small});
+        QTest::newRow("exclude masks minding case")
+            << exclude << jpg << false << qulonglong(0) << false << QStringList({big, old, photo, small});
+        QTest::newRow("include masks ignoring case")
+            << include << jpg << true << qulonglong(0) << false << QStringList({photo});
+        QTest::newRow("include masks minding case")
+            << include << QStringList({QStringLiteral("*.JPG"), QStringLiteral("*.TXT")}) << false << qulonglong(0)
+            << false << QStringList({photo});
+        QTest::newRow("larger than") << 0 << QStringList() << false << qulonglong(1000) << false
+                                     << QStringList({old, photo, small});
+        QTest::newRow("modified before") << 0 << QStringList() << false << qulonglong(0) << true
+                                         << QStringList({big, photo, small});
+        // The listed files still pass restic's exclude masks and size limit.
+        QTest::newRow("all at once") << exclude << QStringList({QStringLiteral("*.JPG")}) << false << qulonglong(1000)
+                                     << true << QStringList({small});
+    }
+
+    void sizeAgeAndCaseDecideWhatTheSnapshotHolds()
+    {
+        QFETCH(int, filterType);
+        QFETCH(QStringList, masks);
+        QFETCH(bool, ignoreCase);
+        QFETCH(qulonglong, largerThan);
+        QFETCH(bool, byAge);
+        QFETCH(QStringList, expected);
+        const QString source = m_root + QStringLiteral("/filtered");
+        const QDateTime longAgo(QDate(2020, 1, 1), QTime(12, 0));
+        EngineTestSupport::writeFile(source + QStringLiteral("/small.txt"), "small");
+        EngineTestSupport::writeFile(source + QStringLiteral("/Photo.JPG"), "photo");
+        EngineTestSupport::writeFile(source + QStringLiteral("/deep/big.bin"), EngineTestSupport::noise(5000, 1));
+        EngineTestSupport::writeFile(source + QStringLiteral("/deep/old.txt"), "old", longAgo);
+        static const QUuid planId = QUuid::createUuid();
+        const QString password = QStringLiteral("filtered");
+        auto plan = backupPlan(QStringLiteral("Filtered"), {QStringLiteral("/TWB_VOLUMES/root") + source}, password);
+        plan->setId(planId);
+        plan->setFilterType(BackupFile::FilterType(filterType));
+        plan->setFilter(masks);
+        plan->setFilterCaseInsensitive(ignoreCase);
+        plan->setExcludeLargerThan(largerThan);
+        if (byAge)
+            plan->setExcludeModifiedBefore(longAgo.addDays(1));
+        QVERIFY(EngineTestSupport::save(*m_client, *plan));
+        const RunOutcome outcome = EngineTestSupport::run(*m_client, planId);
+        QVERIFY2(outcome.status == 6, qPrintable(outcome.message));
+
+        int exitCode = -1;
+        const QList<QPair<QString, QDateTime>> snapshots = EngineTestSupport::snapshots(repository(planId), password);
+        QVERIFY(!snapshots.isEmpty());
+        const QByteArray lines = EngineTestSupport::restic(repository(planId), password,
+            {QStringLiteral("ls"), QStringLiteral("--json"), snapshots.last().first}, &exitCode);
+        QCOMPARE(exitCode, 0);
+        QStringList held;
+        for (const QByteArray& line : lines.split('\n')) {
+            const QJsonObject node = QJsonDocument::fromJson(line).object();
+            const QString path = node.value(QStringLiteral("path")).toString();
+            if (node.value(QStringLiteral("type")).toString() == QLatin1String("file"))
+                held << path.mid(source.size());
+        }
+        held.sort();
+        expected.sort();
+        QCOMPARE(held, expected);
+    }
+
     void retentionRemovesWhatItShouldAndNothingElse()
     {
         const QString source = m_root + QStringLiteral("/kept");
