@@ -49,6 +49,8 @@ BackupPlanEditWizard::PageFullSchedule::PageFullSchedule(QWidget* parent)
                 tr("It is strongly recommended to run regular full backup when using block level backup. Otherwise "
                    "you will not be able to apply retention policy for old versions.")),
         this);
+    // The note wraps rather than widening the whole wizard.
+    enable->label()->setWordWrap(true);
     auto* scheduleBox = new QWidget(this);
     scheduleBox->setEnabled(false);
     connect(enable, &QCheckBox::toggled, scheduleBox, &QWidget::setEnabled);

@@ -44,6 +44,7 @@ BackupPlanEditWizard::PageRetentionPolicy::PageRetentionPolicy(QWidget* parent)
     auto* defaultLabel
         = new QLabel(tr("Use default <a href=\"options\">options</a> specified for the whole product"), this);
     defaultLabel->setContentsMargins(20, 0, 0, 0);
+    defaultLabel->setEnabled(false);
     connect(useDefault, &QRadioButton::toggled, defaultLabel, &QWidget::setEnabled);
     connect(defaultLabel, &QLabel::linkActivated, this, &PageRetentionPolicy::onLinkActivated);
 
