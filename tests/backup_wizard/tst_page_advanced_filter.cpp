@@ -1,0 +1,298 @@
+#include "backup_wizard/page_advanced_filter.h"
+#include "backup_wizard/page_backup_actions.h"
+#include "frame/application.h"
+#include "platform/plan/backup_file.h"
+#include "support/test_environment.h"
+#include "widgets/edit_list_widget.h"
+
+#include <QAbstractButton>
+#include <QFile>
+#include <QLabel>
+#include <QListView>
+#include <QProcess>
+#include <QSpinBox>
+#include <QtTest>
+
+#include <memory>
+
+using namespace TWB::GUI;
+using namespace TWB::Info::Plan;
+using TWB::Test::TestEnvironment;
+
+namespace {
+
+/// Holds the storage page's cloud type, which the filter page reads to choose its next page.
+class CloudTypePage : public PlanWizardBase::PageBase
+{
+public:
+    CloudTypePage()
+        : PageBase(QStringLiteral("Storage"))
+        , type(new QSpinBox(this))
+    {
+        type->setRange(0, 100);
+        registerField(QStringLiteral("Field_CloudType"), type);
+    }
+    QString summary() override { return QString(); }
+    bool initPlan(Base*) override { return true; }
+    bool fromPlan(Base*) override { return true; }
+    QSpinBox* type;
+};
+
+/// The two pages at their ids in the backup wizard.
+class PagesWizard : public PlanWizardBase
+{
+public:
+    PagesWizard()
+        : PlanWizardBase(1)
+        , filter(new PageAdvancedFilter)
+        , actions(new PageBackupActions)
+        , cloud(new CloudTypePage)
+    {
+        setPage(0, cloud);
+        setPage(102, filter);
+        setPage(107, actions);
+        setStartId(102);
+        setProperty("Property_BackupPlanType", quint8(0));
+        resizeWizardPages();
+    }
+    PageAdvancedFilter* filter;
+    PageBackupActions* actions;
+    CloudTypePage* cloud;
+};
+
+void writeFile(const QString& path, const QByteArray& text)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(text);
+}
+
+} // namespace
+
+class TestPageAdvancedFilter : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<TestEnvironment> m_env;
+    QString m_repository;
+
+    /// Whether restic itself takes the mask as an exclude pattern.
+    bool resticTakes(const QString& mask)
+    {
+        QProcess restic;
+        restic.setProcessChannelMode(QProcess::MergedChannels);
+        restic.start(QStringLiteral("restic"),
+            {QStringLiteral("--repo"), m_repository, QStringLiteral("--no-cache"), QStringLiteral("backup"),
+                QStringLiteral("--dry-run"), QStringLiteral("--exclude=") + mask, m_env->root()});
+        restic.waitForFinished(60000);
+        return restic.exitCode() == 0;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_env = std::make_unique<TestEnvironment>();
+        m_repository = m_env->root() + QStringLiteral("/repository");
+        qputenv("RESTIC_PASSWORD", "masks");
+        QProcess init;
+        init.start(QStringLiteral("restic"), {QStringLiteral("init"), QStringLiteral("--repo"), m_repository});
+        QVERIFY(init.waitForFinished(60000));
+        QCOMPARE(init.exitCode(), 0);
+    }
+
+    void cleanup()
+    {
+        QFile::remove(m_env->configFile());
+        QFile::remove(m_env->rebrandingFile());
+        Application::rereadConfiguration();
+    }
+
+    void maskThatResticRefusesIsRefusedWithItsReason_data()
+    {
+        QTest::addColumn<QString>("mask");
+        QTest::addColumn<QString>("reason"); // empty: the mask is taken
+        QTest::newRow("unclosed class") << "*.[ch"
+                                        << "a \"[\" is not closed by \"]\"";
+        QTest::newRow("lone backslash at the end") << "notes\\"
+                                                   << "a \"\\\" at the end of a name escapes nothing";
+        QTest::newRow("lone backslash before a slash") << "a\\/b"
+                                                       << "a \"\\\" at the end of a name escapes nothing";
+        QTest::newRow("empty class") << "x[]"
+                                     << "\"[]\" holds no character";
+        QTest::newRow("range without end") << "[a-]"
+                                           << "a \"-\" in \"[...]\" has no character after it";
+        QTest::newRow("range without start") << "[-a]"
+                                             << "a \"-\" in \"[...]\" has no character before it";
+        QTest::newRow("bad folder part") << "cache/[/x"
+                                         << "a \"[\" is not closed by \"]\"";
+        QTest::newRow("bad negated mask") << "![x"
+                                          << "a \"[\" is not closed by \"]\"";
+        QTest::newRow("reversed range") << "[z-a]" << QString();
+        QTest::newRow("escaped brackets") << "\\[draft\\]" << QString();
+        QTest::newRow("escaped bracket in a class") << "[\\]]" << QString();
+        QTest::newRow("any depth") << "**/node_modules/*.js" << QString();
+    }
+
+    void maskThatResticRefusesIsRefusedWithItsReason()
+    {
+        QFETCH(QString, mask);
+        QFETCH(QString, reason);
+        // The page's grammar must agree with restic's own.
+        QCOMPARE(resticTakes(mask), reason.isEmpty());
+
+        PagesWizard wizard;
+        wizard.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&wizard));
+        wizard.setField(QLatin1String(PageAdvancedFilter::FieldFilterType), int(BackupFile::ExcludeMasks));
+        wizard.filter->setMasks({QStringLiteral("*.tmp"), mask});
+        auto* next = wizard.button(QWizard::NextButton);
+        QCOMPARE(next->isEnabled(), reason.isEmpty());
+        QCOMPARE(wizard.filter->inputError(),
+            reason.isEmpty() ? QString() : QStringLiteral("The mask \"%1\" cannot be used: %2.").arg(mask, reason));
+        const QList<QLabel*> shown = wizard.filter->findChildren<QLabel*>();
+        const bool reasonShown = std::any_of(shown.cbegin(), shown.cend(), [&](QLabel* label) {
+            return label->isVisible() && !reason.isEmpty() && label->text().contains(reason.toHtmlEscaped());
+        });
+        QCOMPARE(reasonShown, !reason.isEmpty());
+
+        // Taking the bad mask out lets the user on.
+        wizard.filter->setMasks({QStringLiteral("*.tmp")});
+        QVERIFY(next->isEnabled());
+        // Unused masks are not judged.
+        wizard.filter->setMasks({mask});
+        wizard.setField(QLatin1String(PageAdvancedFilter::FieldFilterType), int(BackupFile::NoFilter));
+        QVERIFY(next->isEnabled());
+    }
+
+    void nextPageFollowsCloudTypeAndRebranding_data()
+    {
+        QTest::addColumn<int>("cloudType");
+        QTest::addColumn<QByteArray>("rebranding");
+        QTest::addColumn<QByteArray>("config");
+        QTest::addColumn<int>("next");
+        const QByteArray plain("AllowCompression=false\nAllowEncryption=false\n");
+        const QByteArray noS3Options = plain + "showSSE=false\nshowSIA=false\nS3Accelerate=false\n";
+        QTest::newRow("defaults") << 4 << QByteArray() << QByteArray() << 3;
+        QTest::newRow("nothing to choose") << 4 << plain << QByteArray() << 103;
+        QTest::newRow("encryption alone") << 4 << QByteArray("AllowCompression=false\n") << QByteArray() << 3;
+        QTest::newRow("compression alone") << 4 << QByteArray("AllowEncryption=false\n") << QByteArray() << 3;
+        QTest::newRow("Amazon S3 with SSE") << 2 << plain << QByteArray() << 3;
+        QTest::newRow("S3 China with acceleration only") << 20 << plain + "showSSE=false\nshowSIA=false\n"
+                                                         << QByteArray() << 3;
+        QTest::newRow("Amazon S3 without options") << 2 << noS3Options << QByteArray() << 103;
+        QTest::newRow("type 37 is not asked") << 37 << plain << QByteArray() << 103;
+        QTest::newRow("Azure standalone") << 3 << plain << QByteArray() << 3;
+        QTest::newRow("Azure managed") << 3 << plain << QByteArray("edition=managed\n") << 103;
+    }
+
+    void nextPageFollowsCloudTypeAndRebranding()
+    {
+        QFETCH(int, cloudType);
+        QFETCH(QByteArray, rebranding);
+        QFETCH(QByteArray, config);
+        QFETCH(int, next);
+        if (!rebranding.isEmpty())
+            writeFile(m_env->rebrandingFile(), rebranding);
+        if (!config.isEmpty())
+            writeFile(m_env->configFile(), config);
+        Application::rereadConfiguration();
+        PagesWizard wizard;
+        wizard.cloud->type->setValue(cloudType);
+        QCOMPARE(wizard.filter->nextId(), next);
+    }
+
+    void actionsLeadToNotificationsWhereTheLicenceAllows()
+    {
+        PagesWizard wizard;
+        QCOMPARE(wizard.actions->nextId(), 5);
+        writeFile(m_env->configFile(), "license=free\n");
+        QCOMPARE(wizard.actions->nextId(), 6);
+    }
+
+    void pagesCarryAPlanThroughUnchanged_data()
+    {
+        QTest::addColumn<bool>("filled");
+        QTest::newRow("a new plan") << false;
+        QTest::newRow("every setting") << true;
+    }
+
+    void pagesCarryAPlanThroughUnchanged()
+    {
+        QFETCH(bool, filled);
+        BackupFile plan;
+        if (filled) {
+            plan.setFilterType(BackupFile::IncludeMasks);
+            plan.setFilter({QStringLiteral("*.odt"), QStringLiteral("[Rr]eport?.pdf")});
+            plan.setFilterCaseInsensitive(true);
+            plan.setExcludeFolderList({QStringLiteral("node_modules"), QStringLiteral(".git")});
+            plan.setExcludeSystemAndHidden(true);
+            plan.setExcludeLargerThan(5ULL << 20);
+            plan.setExcludeModifiedBefore(QDateTime(QDate(2023, 3, 4), QTime(0, 0)));
+            plan.actions().pre().setEnabled(true);
+            plan.actions().pre().setProgram(QStringLiteral("/usr/bin/mysqldump"));
+            plan.actions().pre().setArguments(QStringLiteral("--all-databases -r \"/var/backups/all.sql\""));
+            plan.actions().pre().setTerminateOnFailure(true);
+            plan.actions().post().setEnabled(true);
+            plan.actions().post().setProgram(QStringLiteral("logger"));
+            plan.actions().post().setArguments(QStringLiteral("backup done"));
+            plan.actions().post().setRunOnBackupFailure(true);
+        }
+        PagesWizard wizard;
+        QVERIFY(wizard.filter->fromPlan(&plan));
+        QVERIFY(wizard.actions->fromPlan(&plan));
+        BackupFile saved;
+        QVERIFY(wizard.filter->initPlan(&saved));
+        QVERIFY(wizard.actions->initPlan(&saved));
+        QVERIFY(saved == plan);
+        QCOMPARE(wizard.filter->maskList()->view()->model()->rowCount(), plan.filter().size());
+
+        const QString summary = wizard.filter->summary() + wizard.actions->summary();
+        QCOMPARE(summary.contains(QStringLiteral("<tr><td>Skip files larger than:</td><td>5 MB</td></tr>")), filled);
+        QCOMPARE(summary.contains(QStringLiteral("/usr/bin/mysqldump --all-databases -r &quot;/var/backups/all.sql"
+                                                 "&quot;")),
+            filled);
+        QCOMPARE(summary.isEmpty(), !filled);
+    }
+
+    void actionProgramMustBeRunnable()
+    {
+        PagesWizard wizard;
+        wizard.setStartId(107);
+        wizard.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&wizard));
+        auto* next = wizard.button(QWizard::NextButton);
+        wizard.setField(QLatin1String(PageBackupActions::FieldPreActionEnable), true);
+        QVERIFY(!next->isEnabled());
+        wizard.setField(QLatin1String(PageBackupActions::FieldPreActionProgram), QStringLiteral("no-such-program-twb"));
+        QVERIFY(next->isEnabled());
+        QVERIFY(!wizard.actions->validatePage());
+        QCOMPARE(PageBackupActions::programError(QStringLiteral("sh")), QString());
+        QVERIFY(!PageBackupActions::programError(m_env->root()).isEmpty());
+    }
+
+    void pagePictures()
+    {
+        PagesWizard wizard;
+        BackupFile fresh;
+        QVERIFY(wizard.filter->fromPlan(&fresh));
+        wizard.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&wizard));
+        wizard.setField(QLatin1String(PageAdvancedFilter::FieldFilterType), int(BackupFile::ExcludeMasks));
+        wizard.filter->setMasks({QStringLiteral("*.tmp"), QStringLiteral("*.[ch")});
+        wizard.filter->setExcludedFolders({QStringLiteral("node_modules")});
+        wizard.setField(QLatin1String(PageAdvancedFilter::FieldSizeLimitEnable), true);
+        wizard.setField(QLatin1String(PageAdvancedFilter::FieldModifiedBeforeEnable), true);
+        QVERIFY(wizard.grab().save(TestEnvironment::outputDir() + QStringLiteral("/page_advanced_filter.png")));
+
+        wizard.setStartId(107);
+        wizard.restart();
+        wizard.setField(QLatin1String(PageBackupActions::FieldPreActionEnable), true);
+        wizard.setField(QLatin1String(PageBackupActions::FieldPreActionProgram), QStringLiteral("/usr/bin/mysqldump"));
+        wizard.setField(QLatin1String(PageBackupActions::FieldPostActionEnable), true);
+        QVERIFY(wizard.grab().save(TestEnvironment::outputDir() + QStringLiteral("/page_backup_actions.png")));
+    }
+};
+
+QTEST_MAIN(TestPageAdvancedFilter)
+#include "tst_page_advanced_filter.moc"
