@@ -3,6 +3,7 @@
 #include "app/plan_view_support.h"
 #include "app/run_progress_delegate.h"
 #include "app/storage_actions.h"
+#include "backup_wizard/backup_plan_edit_wizard.h"
 #include "frame/application.h"
 #include "frame/application_event_controller.h"
 #include "frame/base_model.h"
@@ -213,8 +214,14 @@ QTreeView* ConsoleWindow::makePlanView(const QString& modelName)
         QMenu menu(this);
         menu.addActions({m_start, m_stop, m_runFull});
         menu.addSeparator();
+        menu.addAction(m_edit);
+        menu.addSeparator();
         menu.addAction(m_remove);
         menu.exec(view->viewport()->mapToGlobal(point));
+    });
+    connect(view, &QTreeView::doubleClicked, this, [this](const QModelIndex& index) {
+        if (index.isValid() && m_edit->isEnabled())
+            onEditPlan();
     });
     // Documents fill the storage column; fetch each plan's once it is listed.
     connect(model, &QAbstractItemModel::rowsInserted, this, [model](const QModelIndex&, int first, int last) {
@@ -265,6 +272,11 @@ void ConsoleWindow::buildActions()
     const QSize iconSize(20, 20);
     toolbar->setIconSize(iconSize);
 
+    m_newBackup = toolbar->addAction(IconManager::icon(IconManager::Add, IconManager::Small), tr("New backup plan"));
+    m_newBackup->setToolTip(tr("Create a backup plan with the wizard"));
+    m_edit = toolbar->addAction(IconManager::icon(IconManager::Edit, IconManager::Small), tr("Edit"));
+    m_edit->setToolTip(tr("Change the selected plan"));
+    toolbar->addSeparator();
     m_start = toolbar->addAction(IconManager::icon(IconManager::BackupPlanRunning, IconManager::Small), tr("Start"));
     m_start->setToolTip(tr("Run the selected plan now"));
     m_stop = toolbar->addAction(IconManager::icon(IconManager::BackupPlanFail, IconManager::Small), tr("Stop"));
@@ -278,7 +290,7 @@ void ConsoleWindow::buildActions()
     m_toolbar = toolbar;
     // A tab without actions leaves the bar empty; it keeps its height so that the tabs do not jump.
     toolbar->setMinimumHeight(toolbar->sizeHint().height());
-    for (QAction* action : {m_start, m_stop, m_runFull, m_remove})
+    for (QAction* action : {m_newBackup, m_edit, m_start, m_stop, m_runFull, m_remove})
         m_toolTips.insert(action, action->toolTip());
     const QList<QAction*> planActions = toolbar->actions();
     setTabActions(m_backupView, planActions);
@@ -295,6 +307,8 @@ void ConsoleWindow::buildActions()
     connect(m_stop, &QAction::triggered, m_control, [this] { m_control->onChangePlanStatus(false); });
     connect(m_runFull, &QAction::triggered, m_control, [this] { m_control->onChangePlanStatus(true); });
     connect(m_remove, &QAction::triggered, this, &ConsoleWindow::onRemoveClicked);
+    connect(m_newBackup, &QAction::triggered, this, &ConsoleWindow::onNewBackupPlan);
+    connect(m_edit, &QAction::triggered, this, &ConsoleWindow::onEditPlan);
 }
 
 void ConsoleWindow::setTabActions(QWidget* tab, const QList<QAction*>& actions)
@@ -314,8 +328,8 @@ void ConsoleWindow::updateToolbar()
     const QList<QAction*> shown = m_tabActions.value(m_tabs->currentWidget());
     for (QAction* action : m_toolbar->actions()) {
         bool visible = shown.contains(action);
-        // A restore plan has no full backup to run.
-        if (action == m_runFull && m_tabs->currentWidget() == m_restoreView)
+        // A restore plan has no full backup to run, and its tab makes no backup plans.
+        if ((action == m_runFull || action == m_newBackup) && m_tabs->currentWidget() == m_restoreView)
             visible = false;
         action->setVisible(visible);
     }
@@ -356,6 +370,9 @@ void ConsoleWindow::onStatusChanged(int subType, int status)
     m_stop->setEnabled(known && status == 1);
     m_runFull->setEnabled(known && subType == 1 && status == 2);
     m_remove->setEnabled(known && status == 2);
+    // Restore plans get their own wizard; a running plan is edited once it stops.
+    m_edit->setEnabled(known && subType == 1 && status == 2);
+    m_newBackup->setEnabled(!m_away);
 }
 
 void ConsoleWindow::setServiceAway(bool away)
@@ -416,6 +433,30 @@ void ConsoleWindow::onRemoveClicked()
     question.setDefaultButton(QMessageBox::No);
     if (question.exec() == QMessageBox::Yes)
         m_control->onRemove();
+}
+
+void ConsoleWindow::onNewBackupPlan()
+{
+    TWB::GUI::BackupPlanEditWizard wizard(this);
+    wizard.exec();
+}
+
+void ConsoleWindow::onEditPlan()
+{
+    if (m_currentPlan.isNull())
+        return;
+    auto list = TWB::GUI::PlanXmlList::instance();
+    TWB::Info::Plan::Base* plan = list ? list->plan(m_currentPlan) : nullptr;
+    if (!plan) {
+        // The plan's document comes with its row; without it there is nothing to fill the pages from.
+        if (list)
+            list->getPlan(m_currentPlan);
+        QMessageBox::information(this, tr("Edit plan"),
+            tr("The settings of this plan are still being read from the backup service. Try again in a moment."));
+        return;
+    }
+    std::unique_ptr<TWB::GUI::BackupPlanEditWizard> wizard(TWB::GUI::BackupPlanEditWizard::createWizard(plan, this));
+    wizard->exec();
 }
 
 void ConsoleWindow::onCurrentPlanRemoved(const QUuid& id)

@@ -51,6 +51,8 @@ public:
     QAction* stopAction() const { return m_stop; }
     QAction* runFullAction() const { return m_runFull; }
     QAction* removeAction() const { return m_remove; }
+    QAction* newBackupAction() const { return m_newBackup; }
+    QAction* editAction() const { return m_edit; }
     /// The plan the controls act on: the one selected on the plan tab in view, or none.
     QUuid currentPlan() const { return m_currentPlan; }
     QToolBar* toolBar() const { return m_toolbar; }
@@ -83,6 +85,9 @@ private:
     void setServiceAway(bool away);
     void watchRunsForStorages();
     void onRemoveClicked();
+    void onNewBackupPlan();
+    /// Opens the selected plan in its wizard.
+    void onEditPlan();
     void onCurrentPlanRemoved(const QUuid& id);
     void onPlanProgress(const QUuid& id);
     void refreshAfterReconnection();
@@ -98,6 +103,8 @@ private:
     QAction* m_stop = nullptr; // owned by parent-child
     QAction* m_runFull = nullptr; // owned by parent-child
     QAction* m_remove = nullptr; // owned by parent-child
+    QAction* m_newBackup = nullptr; // owned by parent-child
+    QAction* m_edit = nullptr; // owned by parent-child
     QToolBar* m_toolbar = nullptr; // owned by parent-child
     QHash<QWidget*, QList<QAction*>> m_tabActions;
     QHash<QAction*, QString> m_toolTips; // each plan action's own tip, while the service answers

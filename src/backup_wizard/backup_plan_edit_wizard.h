@@ -25,9 +25,9 @@ public:
 
     /// The wizard property that holds the kind of plan being made: one of the PlanType constants.
     static const char* PropertyBackupPlanType;
-    static const quint8 PlanTypeFile = 0;
-    static const quint8 PlanTypeDiskImage = 1;
-    static const quint8 PlanTypeFullFile = 2;
+    static constexpr quint8 PlanTypeFile = 0;
+    static constexpr quint8 PlanTypeDiskImage = 1;
+    static constexpr quint8 PlanTypeFullFile = 2;
 
     explicit BackupPlanEditWizard(QWidget* parent = nullptr);
 
@@ -36,6 +36,10 @@ public:
 
     /// Titles the window after the plan and fills every page from it.
     void init(TWB::Info::Plan::Base* plan);
+
+    /// The pages' own choice, except where it names a page this edition leaves out: the notification
+    /// page exists only standalone, so a licence that allows notices leads to the summary instead.
+    int nextId() const override;
 };
 
 } // namespace TWB::GUI
