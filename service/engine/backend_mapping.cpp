@@ -135,6 +135,17 @@ Endpoint endpointOf(const Document& document, const QString& fallbackHost)
     return endpoint;
 }
 
+// Amazon's own S3 endpoints, global and Chinese, where a bucket may be addressed by host name.
+bool isAmazonHost(const QString& host)
+{
+    const QString name = host.section(QLatin1Char(':'), 0, 0).toLower();
+    for (const QLatin1String domain : {QLatin1String("amazonaws.com"), QLatin1String("amazonaws.com.cn")}) {
+        if (name == domain || name.endsWith(QLatin1Char('.') + domain))
+            return true;
+    }
+    return false;
+}
+
 QString rcloneKey(const char* option)
 {
     return QStringLiteral("RCLONE_CONFIG_%1_%2").arg(BackendMapping::remoteName().toUpper(), QLatin1String(option));
@@ -175,7 +186,10 @@ void mapS3(const Account& account, const Document& doc, const StorageOptions& op
     const bool signatureV2 = !google && doc.number("Signature", 4) == 2;
     const int storageClass = amazon ? options.amazonStorageClass : 1;
     const bool sse = amazon && options.serverSideEncryption;
-    const bool accelerate = (account.type == amazonS3 || account.type == amazonS3China) && options.transferAcceleration;
+    const bool amazonHost = amazon && isAmazonHost(endpoint.host);
+    // The accelerated endpoint exists only beside Amazon's own.
+    const bool accelerate
+        = (account.type == amazonS3 || account.type == amazonS3China) && amazonHost && options.transferAcceleration;
 
     target.environment.insert(QStringLiteral("AWS_ACCESS_KEY_ID"), accessKey);
     target.environment.insert(QStringLiteral("AWS_SECRET_ACCESS_KEY"), secretKey);
@@ -186,7 +200,11 @@ void mapS3(const Account& account, const Document& doc, const StorageOptions& op
         target.options << QStringLiteral("s3.storage-class=%1").arg(amazonClassName(storageClass));
 
     QString provider = QStringLiteral("Other");
-    if (amazon)
+    // rclone puts the bucket into the host name for every AWS account, whatever it is told, and restic
+    // does so only on Amazon's own hosts. An Amazon account on another endpoint (a gateway, a proxy)
+    // would work until its plan needs rclone, for an archive class or server side encryption, and then
+    // fail on a host name that does not exist: there it is a plain S3 server to rclone too.
+    if (amazonHost)
         provider = QStringLiteral("AWS");
     else if (google)
         provider = QStringLiteral("GCS");
