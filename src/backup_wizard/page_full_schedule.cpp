@@ -3,9 +3,7 @@
 #include "frame/license_restrictions.h"
 #include "platform/plan/backup.h"
 #include "widgets/check_box.h"
-#include "wizard/frequency_daily.h"
-#include "wizard/frequency_monthly.h"
-#include "wizard/frequency_weekly.h"
+#include "wizard/schedule_parts_p.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -13,7 +11,6 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QSpinBox>
-#include <QStackedLayout>
 #include <QVBoxLayout>
 
 namespace TWB::GUI {
@@ -59,13 +56,7 @@ BackupPlanEditWizard::PageFullSchedule::PageFullSchedule(QWidget* parent)
     auto* frequencyType = new QComboBox(scheduleBox);
     frequencyType->addItems({tr("Daily"), tr("Weekly"), tr("Monthly")});
     auto* frequencyBox = new QWidget(scheduleBox);
-    auto* stack = new QStackedLayout(frequencyBox);
-    frequencies.insert(0, new FrequencyDaily(FrequencyBase::Full, this, frequencyBox));
-    frequencies.insert(1, new FrequencyWeekly(FrequencyBase::Full, this, frequencyBox));
-    frequencies.insert(2, new FrequencyMonthly(FrequencyBase::Full, this, frequencyBox));
-    for (FrequencyBase* widget : qAsConst(frequencies))
-        stack->addWidget(widget);
-    connect(frequencyType, qOverload<int>(&QComboBox::currentIndexChanged), stack, &QStackedLayout::setCurrentIndex);
+    frequencies = ScheduleParts::addFrequencies(FrequencyBase::Full, this, frequencyBox, frequencyType);
 
     auto* modified = new QCheckBox(tr("Run full if previous backup has changed more than:"), this);
     auto* modifiedValue = new QSpinBox(this);
@@ -75,18 +66,7 @@ BackupPlanEditWizard::PageFullSchedule::PageFullSchedule(QWidget* parent)
     auto* modifiedLabel = new QLabel(tr("% last full"), this);
     connect(modified, &QCheckBox::toggled, modifiedValue, &QWidget::setEnabled);
 
-    auto* stop = new QCheckBox(tr("Stop plan if it runs for:"), this);
-    auto* hours = new QSpinBox(this);
-    hours->setRange(0, 99);
-    auto* hoursLabel = new QLabel(tr("hour(s)"), this);
-    auto* minutes = new QSpinBox(this);
-    minutes->setRange(0, 59);
-    auto* minutesLabel = new QLabel(tr("minute(s)"), this);
-    for (QWidget* w : {static_cast<QWidget*>(hours), static_cast<QWidget*>(hoursLabel), static_cast<QWidget*>(minutes),
-             static_cast<QWidget*>(minutesLabel)}) {
-        w->setEnabled(false);
-        connect(stop, &QCheckBox::toggled, w, &QWidget::setEnabled);
-    }
+    const ScheduleParts::StopControls stop = ScheduleParts::addStopControls(this);
 
     auto* scheduleLayout = new QGridLayout(scheduleBox);
     scheduleLayout->setContentsMargins(20, 0, 0, 0);
@@ -101,35 +81,27 @@ BackupPlanEditWizard::PageFullSchedule::PageFullSchedule(QWidget* parent)
     modifiedRow->addWidget(modifiedLabel);
     modifiedRow->addStretch(1);
 
-    auto* stopRow = new QHBoxLayout;
-    stopRow->addWidget(stop);
-    stopRow->addWidget(hours);
-    stopRow->addWidget(hoursLabel);
-    stopRow->addWidget(minutes);
-    stopRow->addWidget(minutesLabel);
-    stopRow->addStretch(1);
-
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(enable);
     layout->addWidget(scheduleBox);
     layout->addLayout(modifiedRow);
-    layout->addLayout(stopRow);
+    layout->addLayout(stop.row);
     layout->addStretch(1);
 
     registerField(QLatin1String(FieldFullScheduleEnable), enable);
     registerField(QLatin1String(FieldFullScheduleFrequencyType), frequencyType);
     registerField(QLatin1String(FieldFullScheduleRunIsModified), modified);
     registerField(QLatin1String(FieldFullScheduleRunIsModifiedValue), modifiedValue);
-    registerField(QLatin1String(FieldFullShceduleStopAutoEnable), stop);
-    registerField(QLatin1String(FieldFullShceduleStopAutoHoursValue), hours);
-    registerField(QLatin1String(FieldFullShceduleStopAutoMinutesValue), minutes);
+    registerField(QLatin1String(FieldFullShceduleStopAutoEnable), stop.check);
+    registerField(QLatin1String(FieldFullShceduleStopAutoHoursValue), stop.hours);
+    registerField(QLatin1String(FieldFullShceduleStopAutoMinutesValue), stop.minutes);
 
     connect(enable, &QCheckBox::toggled, this, &PageFullSchedule::completeChanged);
     connect(frequencyType, qOverload<int>(&QComboBox::currentIndexChanged), this, &PageFullSchedule::completeChanged);
     connect(frequencies.value(1), &FrequencyBase::changed, this, &PageFullSchedule::completeChanged);
-    connect(stop, &QCheckBox::toggled, this, &PageFullSchedule::completeChanged);
-    connect(hours, qOverload<int>(&QSpinBox::valueChanged), this, &PageFullSchedule::completeChanged);
-    connect(minutes, qOverload<int>(&QSpinBox::valueChanged), this, &PageFullSchedule::completeChanged);
+    connect(stop.check, &QCheckBox::toggled, this, &PageFullSchedule::completeChanged);
+    connect(stop.hours, qOverload<int>(&QSpinBox::valueChanged), this, &PageFullSchedule::completeChanged);
+    connect(stop.minutes, qOverload<int>(&QSpinBox::valueChanged), this, &PageFullSchedule::completeChanged);
 }
 
 FrequencyBase* BackupPlanEditWizard::PageFullSchedule::selected() const
@@ -173,13 +145,8 @@ QString BackupPlanEditWizard::PageFullSchedule::summary()
         rows += widget->summary();
     }
     if (field(QLatin1String(FieldFullShceduleStopAutoEnable)).toBool()) {
-        // "minutes(s)" as in the summary of the plan's own schedule.
-        rows += QStringLiteral("<tr><td></td><td>%1 %2 %3 %4 %5</td></tr>")
-                    .arg(tr("Stop plan if it runs for:"),
-                        QString::number(field(QLatin1String(FieldFullShceduleStopAutoHoursValue)).toInt()),
-                        tr("hour(s)"),
-                        QString::number(field(QLatin1String(FieldFullShceduleStopAutoMinutesValue)).toInt()),
-                        tr("minutes(s)"));
+        rows += ScheduleParts::stopSummary(field(QLatin1String(FieldFullShceduleStopAutoHoursValue)).toInt(),
+            field(QLatin1String(FieldFullShceduleStopAutoMinutesValue)).toInt());
     }
     if (field(QLatin1String(FieldFullScheduleRunIsModified)).toBool()) {
         rows += QStringLiteral("<tr><td></td><td>%1 %2 %3</td></tr>")
@@ -206,13 +173,10 @@ bool BackupPlanEditWizard::PageFullSchedule::initPlan(TWB::Info::Plan::Base* pla
         if (FrequencyBase* widget = selected())
             written = widget->initPlan(plan);
     }
-    const int hours = field(QLatin1String(FieldFullShceduleStopAutoHoursValue)).toInt();
-    const int minutes = field(QLatin1String(FieldFullShceduleStopAutoMinutesValue)).toInt();
-    if (field(QLatin1String(FieldFullShceduleStopAutoEnable)).toBool() && (hours != 0 || minutes != 0))
-        backup->forceFullSchedule().setStopAfter(
-            static_cast<unsigned long long>(hours) * 3600 + static_cast<unsigned long long>(minutes) * 60);
-    else
-        backup->forceFullSchedule().setStopAfter(0);
+    backup->forceFullSchedule().setStopAfter(
+        ScheduleParts::stopAfter(field(QLatin1String(FieldFullShceduleStopAutoEnable)).toBool(),
+            field(QLatin1String(FieldFullShceduleStopAutoHoursValue)).toInt(),
+            field(QLatin1String(FieldFullShceduleStopAutoMinutesValue)).toInt()));
     backup->setForceFullDiffSizeConditionEnable(field(QLatin1String(FieldFullScheduleRunIsModified)).toBool());
     backup->setForceFullDiffSizeCondition(
         static_cast<unsigned short>(field(QLatin1String(FieldFullScheduleRunIsModifiedValue)).toUInt()));
@@ -227,21 +191,14 @@ bool BackupPlanEditWizard::PageFullSchedule::fromPlan(TWB::Info::Plan::Base* pla
     const Schedule& full = backup->forceFullSchedule();
     setField(QLatin1String(FieldFullScheduleEnable), full.isEnable());
     if (full.type() == Schedule::Recurring) {
-        // Both monthly kinds share the one "Monthly" item.
-        const int type = full.frequencyType();
-        setField(QLatin1String(FieldFullScheduleFrequencyType), type == Schedule::MonthlyByDayOfMonth ? 2 : type);
+        setField(QLatin1String(FieldFullScheduleFrequencyType), ScheduleParts::frequencyIndex(full.frequencyType()));
     }
     for (int key : {0, 1, 2}) {
         if (FrequencyBase* widget = frequencies.value(key))
             widget->fromPlan(plan);
     }
-    const unsigned long long stopAfter = full.stopAfter();
-    if (stopAfter != 0) {
-        const unsigned long long hours = stopAfter / 3600;
-        setField(QLatin1String(FieldFullShceduleStopAutoEnable), true);
-        setField(QLatin1String(FieldFullShceduleStopAutoHoursValue), int(hours));
-        setField(QLatin1String(FieldFullShceduleStopAutoMinutesValue), int((stopAfter - hours * 3600) / 60));
-    }
+    ScheduleParts::loadStopAfter(this, full.stopAfter(), FieldFullShceduleStopAutoEnable,
+        FieldFullShceduleStopAutoHoursValue, FieldFullShceduleStopAutoMinutesValue);
     setField(QLatin1String(FieldFullScheduleRunIsModified), backup->forceFullDiffSizeConditionEnable());
     setField(QLatin1String(FieldFullScheduleRunIsModifiedValue), int(backup->forceFullDiffSizeCondition()));
     return true;

@@ -30,6 +30,15 @@ QString flag(bool on)
     return on ? QStringLiteral("true") : QStringLiteral("false");
 }
 
+// A dialog closed at once goes before the answer, and its result slot with it: the command then ends by itself.
+void sendOwned(ICommand& command)
+{
+    QObject::connect(&command, &ICommand::complite, &command, &QObject::deleteLater);
+    QObject::connect(&command, &ICommand::error, &command, &QObject::deleteLater);
+    QObject::connect(&command, &ICommand::timeout, &command, &QObject::deleteLater);
+    command.exec();
+}
+
 } // namespace
 
 RetentionPolicy::RetentionPolicy(QWidget* parent)
@@ -121,7 +130,7 @@ void RetentionPolicy::loadSettings()
     try {
         ICommand* command = newCommand(QStringLiteral("GetProductOptions"), this, &RetentionPolicy::onLoadResult);
         setCommandParams(*command, {{QStringLiteral("profile"), currentProfile()}});
-        command->exec();
+        sendOwned(*command);
     } catch (const QString& text) {
         showError(text);
     }
@@ -177,11 +186,7 @@ void RetentionPolicy::save()
         ICommand* command = newCommand(QStringLiteral("SetProductOptions"), this, &RetentionPolicy::onSaveResult);
         setCommandParams(
             *command, {{QStringLiteral("profile"), currentProfile()}, {QStringLiteral("options"), options}});
-        // A dialog closed at once goes before the answer; the command must not outlive it for ever.
-        connect(command, &ICommand::complite, command, &QObject::deleteLater);
-        connect(command, &ICommand::error, command, &QObject::deleteLater);
-        connect(command, &ICommand::timeout, command, &QObject::deleteLater);
-        command->exec();
+        sendOwned(*command);
     } catch (const QString& text) {
         showError(text);
     }

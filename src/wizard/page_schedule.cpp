@@ -2,9 +2,7 @@
 
 #include "frame/license_restrictions.h"
 #include "platform/plan/base.h"
-#include "wizard/frequency_daily.h"
-#include "wizard/frequency_monthly.h"
-#include "wizard/frequency_weekly.h"
+#include "wizard/schedule_parts_p.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -18,7 +16,6 @@
 #include <QMessageBox>
 #include <QRadioButton>
 #include <QSpinBox>
-#include <QStackedLayout>
 #include <QVBoxLayout>
 #include <QWizard>
 
@@ -78,28 +75,11 @@ PlanWizardBase::PageSchedule::PageSchedule(QWidget* parent)
     group->addButton(specific);
     group->addButton(recurring);
 
-    auto* stack = new QStackedLayout(frequencyBox);
-    frequencies.insert(0, new FrequencyDaily(FrequencyBase::Normal, this, frequencyBox));
-    frequencies.insert(1, new FrequencyWeekly(FrequencyBase::Normal, this, frequencyBox));
-    frequencies.insert(2, new FrequencyMonthly(FrequencyBase::Normal, this, frequencyBox));
-    for (FrequencyBase* widget : qAsConst(frequencies))
-        stack->addWidget(widget);
-    connect(frequencyType, qOverload<int>(&QComboBox::currentIndexChanged), stack, &QStackedLayout::setCurrentIndex);
+    frequencies = ScheduleParts::addFrequencies(FrequencyBase::Normal, this, frequencyBox, frequencyType);
 
     auto* runMissed = new QCheckBox(tr("Run missed scheduled plan immediately upon boot-up"), scheduleBox);
 
-    auto* stop = new QCheckBox(tr("Stop plan if it runs for:"), this);
-    auto* hours = new QSpinBox(this);
-    hours->setRange(0, 99);
-    auto* hoursLabel = new QLabel(tr("hour(s)"), this);
-    auto* minutes = new QSpinBox(this);
-    minutes->setRange(0, 59);
-    auto* minutesLabel = new QLabel(tr("minute(s)"), this);
-    for (QWidget* w : {static_cast<QWidget*>(hours), static_cast<QWidget*>(hoursLabel), static_cast<QWidget*>(minutes),
-             static_cast<QWidget*>(minutesLabel)}) {
-        w->setEnabled(false);
-        connect(stop, &QCheckBox::toggled, w, &QWidget::setEnabled);
-    }
+    const ScheduleParts::StopControls stop = ScheduleParts::addStopControls(this);
 
     auto* scheduleLayout = new QGridLayout(scheduleBox);
     scheduleLayout->setContentsMargins(20, 0, 0, 0);
@@ -111,18 +91,10 @@ PlanWizardBase::PageSchedule::PageSchedule(QWidget* parent)
     scheduleLayout->addWidget(runMissed, 3, 0, 1, 3);
     scheduleLayout->setColumnStretch(2, 1);
 
-    auto* stopRow = new QHBoxLayout;
-    stopRow->addWidget(stop);
-    stopRow->addWidget(hours);
-    stopRow->addWidget(hoursLabel);
-    stopRow->addWidget(minutes);
-    stopRow->addWidget(minutesLabel);
-    stopRow->addStretch(1);
-
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(enable);
     layout->addWidget(scheduleBox);
-    layout->addLayout(stopRow);
+    layout->addLayout(stop.row);
     layout->addStretch(1);
 
     registerField(QLatin1String(FieldScheduleEnable), enable);
@@ -131,17 +103,17 @@ PlanWizardBase::PageSchedule::PageSchedule(QWidget* parent)
     registerField(QLatin1String(FieldUseRecurring), recurring);
     registerField(QLatin1String(FieldFrequencyType), frequencyType);
     registerField(QLatin1String(FieldRunMissedPlan), runMissed);
-    registerField(QLatin1String(FieldStopAutoEnable), stop);
-    registerField(QLatin1String(FieldStopAutoHoursValue), hours);
-    registerField(QLatin1String(FieldStopAutoMinutesValue), minutes);
+    registerField(QLatin1String(FieldStopAutoEnable), stop.check);
+    registerField(QLatin1String(FieldStopAutoHoursValue), stop.hours);
+    registerField(QLatin1String(FieldStopAutoMinutesValue), stop.minutes);
 
     connect(enable, &QCheckBox::clicked, this, &PageSchedule::completeChanged);
     connect(group, qOverload<QAbstractButton*>(&QButtonGroup::buttonClicked), this, &PageSchedule::completeChanged);
     connect(frequencyType, qOverload<int>(&QComboBox::currentIndexChanged), this, &PageSchedule::completeChanged);
     connect(frequencies.value(1), &FrequencyBase::changed, this, &PageSchedule::completeChanged);
-    connect(stop, &QCheckBox::toggled, this, &PageSchedule::completeChanged);
-    connect(hours, qOverload<int>(&QSpinBox::valueChanged), this, &PageSchedule::completeChanged);
-    connect(minutes, qOverload<int>(&QSpinBox::valueChanged), this, &PageSchedule::completeChanged);
+    connect(stop.check, &QCheckBox::toggled, this, &PageSchedule::completeChanged);
+    connect(stop.hours, qOverload<int>(&QSpinBox::valueChanged), this, &PageSchedule::completeChanged);
+    connect(stop.minutes, qOverload<int>(&QSpinBox::valueChanged), this, &PageSchedule::completeChanged);
 }
 
 int PlanWizardBase::PageSchedule::notificationOrSummary() const
@@ -219,11 +191,8 @@ QString PlanWizardBase::PageSchedule::summary()
         }
     }
     if (field(QLatin1String(FieldStopAutoEnable)).toBool()) {
-        // "minutes(s)" differs from the page's label on purpose: the summary has always said so.
-        rows += QStringLiteral("<tr><td></td><td>%1 %2 %3 %4 %5</td></tr>")
-                    .arg(tr("Stop plan if it runs for:"),
-                        QString::number(field(QLatin1String(FieldStopAutoHoursValue)).toInt()), tr("hour(s)"),
-                        QString::number(field(QLatin1String(FieldStopAutoMinutesValue)).toInt()), tr("minutes(s)"));
+        rows += ScheduleParts::stopSummary(field(QLatin1String(FieldStopAutoHoursValue)).toInt(),
+            field(QLatin1String(FieldStopAutoMinutesValue)).toInt());
     }
     return rows;
 }
@@ -234,13 +203,9 @@ bool PlanWizardBase::PageSchedule::initPlan(TWB::Info::Plan::Base* plan)
         return false;
     plan->setRunMissedPlan(field(QLatin1String(FieldRunMissedPlan)).toBool());
     TWB::Info::Plan::Schedule& schedule = plan->schedule();
-    const int hours = field(QLatin1String(FieldStopAutoHoursValue)).toInt();
-    const int minutes = field(QLatin1String(FieldStopAutoMinutesValue)).toInt();
-    if (field(QLatin1String(FieldStopAutoEnable)).toBool() && (hours != 0 || minutes != 0))
-        schedule.setStopAfter(
-            static_cast<unsigned long long>(hours) * 3600 + static_cast<unsigned long long>(minutes) * 60);
-    else
-        schedule.setStopAfter(0);
+    schedule.setStopAfter(ScheduleParts::stopAfter(field(QLatin1String(FieldStopAutoEnable)).toBool(),
+        field(QLatin1String(FieldStopAutoHoursValue)).toInt(),
+        field(QLatin1String(FieldStopAutoMinutesValue)).toInt()));
 
     if (!field(QLatin1String(FieldScheduleEnable)).toBool()) {
         schedule.setEnable(false);
@@ -274,22 +239,15 @@ bool PlanWizardBase::PageSchedule::fromPlan(TWB::Info::Plan::Base* plan)
         setField(QLatin1String(FieldUseSpecificDate), true);
     } else if (schedule.type() == TWB::Info::Plan::Schedule::Recurring) {
         setField(QLatin1String(FieldUseRecurring), true);
-        // Both monthly kinds share the one "Monthly" item.
-        const int type = schedule.frequencyType();
-        setField(QLatin1String(FieldFrequencyType), type == TWB::Info::Plan::Schedule::MonthlyByDayOfMonth ? 2 : type);
+        setField(QLatin1String(FieldFrequencyType), ScheduleParts::frequencyIndex(schedule.frequencyType()));
     }
     setField(QLatin1String(FieldScheduleEnable), schedule.isEnable());
     for (int key : {0, 1, 2}) {
         if (FrequencyBase* widget = frequencies.value(key))
             widget->fromPlan(plan);
     }
-    const unsigned long long stopAfter = schedule.stopAfter();
-    if (stopAfter != 0) {
-        const unsigned long long hours = stopAfter / 3600;
-        setField(QLatin1String(FieldStopAutoEnable), true);
-        setField(QLatin1String(FieldStopAutoHoursValue), int(hours));
-        setField(QLatin1String(FieldStopAutoMinutesValue), int((stopAfter - hours * 3600) / 60));
-    }
+    ScheduleParts::loadStopAfter(
+        this, schedule.stopAfter(), FieldStopAutoEnable, FieldStopAutoHoursValue, FieldStopAutoMinutesValue);
     setField(QLatin1String(FieldRunMissedPlan), plan->runMuissedPlan());
     return true;
 }

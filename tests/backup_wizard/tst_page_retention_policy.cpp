@@ -3,12 +3,14 @@
 #include "platform/plan/backup_disk_image.h"
 #include "platform/plan/backup_file.h"
 #include "support/log_capture.h"
+#include "support/modal_answerer.h"
 #include "support/test_environment.h"
 #include "wizard/frequency_weekly.h"
 #include "wizard/page_schedule.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QLocale>
 #include <QPushButton>
 #include <QRadioButton>
@@ -19,6 +21,7 @@
 using namespace TWB::GUI;
 using namespace TWB::Info::Plan;
 using TWB::Test::LogCapture;
+using TWB::Test::ModalAnswerer;
 using TWB::Test::TestEnvironment;
 using Policy = Backup::RetentionPolicy;
 using Retention = BackupPlanEditWizard::PageRetentionPolicy;
@@ -134,6 +137,21 @@ private Q_SLOTS:
         Policy expected = customPolicy();
         expected.setType(Policy::Default);
         QCOMPARE(written.retentionPolicy(), expected);
+    }
+
+    void optionsLinkOpensTheDefaultRetention()
+    {
+        Wizard wizard;
+        QLabel* link = nullptr;
+        for (QLabel* label : wizard.retention->findChildren<QLabel*>()) {
+            if (label->text().contains(QLatin1String("href=\"options\"")))
+                link = label;
+        }
+        QVERIFY(link);
+        ModalAnswerer close(QStringLiteral("Close"));
+        Q_EMIT link->linkActivated(QStringLiteral("options"));
+        QVERIFY(close.answered());
+        QCOMPARE(close.title(), QStringLiteral("Default retention policy"));
     }
 
     void diskImagePlansTakeNoDeletedFileRules_data()
