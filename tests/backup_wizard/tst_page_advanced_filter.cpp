@@ -38,7 +38,6 @@ public:
         setPage(102, filter);
         setPage(107, actions);
         setStartId(102);
-        setProperty("Property_BackupPlanType", quint8(0));
         resizeWizardPages();
     }
     PageAdvancedFilter* filter;
@@ -66,13 +65,11 @@ private:
     /// Whether restic itself takes the mask as an exclude pattern.
     bool resticTakes(const QString& mask)
     {
-        QProcess restic;
-        restic.setProcessChannelMode(QProcess::MergedChannels);
-        restic.start(QStringLiteral("restic"),
-            {QStringLiteral("--repo"), m_repository, QStringLiteral("--no-cache"), QStringLiteral("backup"),
-                QStringLiteral("--dry-run"), QStringLiteral("--exclude=") + mask, m_env->root()});
-        restic.waitForFinished(60000);
-        return restic.exitCode() == 0;
+        return QProcess::execute(QStringLiteral("restic"),
+                   {QStringLiteral("--repo"), m_repository, QStringLiteral("--no-cache"), QStringLiteral("--quiet"),
+                       QStringLiteral("backup"), QStringLiteral("--dry-run"), QStringLiteral("--exclude=") + mask,
+                       m_env->root()})
+            == 0;
     }
 
 private Q_SLOTS:
@@ -81,10 +78,9 @@ private Q_SLOTS:
         m_env = std::make_unique<TestEnvironment>();
         m_repository = m_env->root() + QStringLiteral("/repository");
         qputenv("RESTIC_PASSWORD", "masks");
-        QProcess init;
-        init.start(QStringLiteral("restic"), {QStringLiteral("init"), QStringLiteral("--repo"), m_repository});
-        QVERIFY(init.waitForFinished(60000));
-        QCOMPARE(init.exitCode(), 0);
+        QCOMPARE(QProcess::execute(QStringLiteral("restic"),
+                     {QStringLiteral("init"), QStringLiteral("--quiet"), QStringLiteral("--repo"), m_repository}),
+            0);
     }
 
     void cleanup()
@@ -226,9 +222,6 @@ private Q_SLOTS:
 
         const QString summary = wizard.filter->summary() + wizard.actions->summary();
         QCOMPARE(summary.contains(QStringLiteral("<tr><td>Skip files larger than:</td><td>5 MB</td></tr>")), filled);
-        QCOMPARE(summary.contains(QStringLiteral("/usr/bin/mysqldump --all-databases -r &quot;/var/backups/all.sql"
-                                                 "&quot;")),
-            filled);
         QCOMPARE(summary.isEmpty(), !filled);
     }
 
