@@ -15,7 +15,15 @@ QString BackupSelection::escaped(const QString& path)
 {
     QString result;
     result.reserve(path.size() + 8);
-    for (const QChar c : path) {
+    for (int i = 0; i < path.size(); ++i) {
+        const QChar c = path.at(i);
+        // restic's exclude files expand "$NAME", take a line that starts with "#" for a comment and
+        // trim blanks at both ends; a class of one character says each of them as it is.
+        const bool atEnd = i == 0 || i == path.size() - 1;
+        if (c == QLatin1Char('$') || c == QLatin1Char('#') || (atEnd && c.isSpace())) {
+            result += QLatin1Char('[') + c + QLatin1Char(']');
+            continue;
+        }
         if (c == QLatin1Char('*') || c == QLatin1Char('?') || c == QLatin1Char('[') || c == QLatin1Char('\\'))
             result += QLatin1Char('\\');
         result += c;

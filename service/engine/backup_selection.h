@@ -44,7 +44,7 @@ struct BackupSelection
     /// it reads the disk.
     QStringList walk() const;
 
-    /// A path as a restic pattern that matches that path only.
+    /// A path as a restic pattern that matches that path only, also when read from an exclude file.
     static QString escaped(const QString& path);
 };
 

@@ -1,10 +1,10 @@
 #include "backup_wizard/page_advanced_filter.h"
 
 #include "frame/application.h"
-#include "widgets/warning_frame.h"
 #include "platform/plan/backup_file.h"
 #include "platform/rebranding/rebranding.h"
 #include "widgets/edit_list_widget.h"
+#include "widgets/warning_frame.h"
 
 #include <QCheckBox>
 #include <QComboBox>

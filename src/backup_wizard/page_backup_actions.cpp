@@ -1,8 +1,8 @@
 #include "backup_wizard/page_backup_actions.h"
 
 #include "frame/license_restrictions.h"
-#include "widgets/warning_frame.h"
 #include "platform/plan/backup.h"
+#include "widgets/warning_frame.h"
 
 #include <QApplication>
 #include <QButtonGroup>
