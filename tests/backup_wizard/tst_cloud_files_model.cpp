@@ -12,13 +12,15 @@
 #include <QtTest>
 
 #include <memory>
+#include <tuple>
 
 using namespace TWB::GUI;
 using TWB::Test::MotoPeer;
 
 namespace {
 const QString bucket = QStringLiteral("tree");
-}
+const QString pagesBucket = QStringLiteral("pages");
+} // namespace
 
 /// What a bucket holds, as the cloud file tree lists it from moto's S3 server, for an account that the
 /// real twbd keeps and the shared storage list shows.
@@ -30,6 +32,7 @@ class TstCloudFilesModel : public QObject
     std::unique_ptr<MotoPeer> moto;
     std::unique_ptr<TWB::Test::StorageConsole> console;
     QUuid account;
+    QUuid pagesAccount;
     std::unique_ptr<CloudFilesModel> model;
     std::unique_ptr<QAbstractItemModelTester> tester;
 
@@ -46,9 +49,9 @@ class TstCloudFilesModel : public QObject
 
     QModelIndex open(const QString& path) { return open(*model, path); }
 
-    bool showAccount(CloudFilesModel& target)
+    bool showAccount(CloudFilesModel& target, const QUuid& id)
     {
-        target.onSetStorage(account);
+        target.onSetStorage(id);
         return target.rowCount() == 1 && target.checkCloudConfig();
     }
 
@@ -71,22 +74,27 @@ private slots:
         QProcess seed;
         seed.start(QStringLiteral("python3"),
             {QStringLiteral(TWB_CLOUD_TREE_SEED), QStringLiteral("http://") + moto->endpoint(), moto->accessKey(),
-                moto->secretKey(), bucket});
-        QVERIFY(seed.waitForFinished(120000));
+                moto->secretKey()});
+        // The event loop must run meanwhile: it drains the peer's log of each request, which would stall the
+        // peer once its pipe is full.
+        QTRY_VERIFY_WITH_TIMEOUT(seed.state() == QProcess::NotRunning, 120000);
         QVERIFY2(seed.exitCode() == 0, seed.readAllStandardError().constData());
         console = std::make_unique<TWB::Test::StorageConsole>(*env);
         QVERIFY2(console->start(), qPrintable(console->service().output()));
-        account = QUuid::createUuid();
         TWB::Test::RawClient client;
         QVERIFY(client.connectTo(env->socketPath()));
-        QVERIFY(client
-                    .call(QStringLiteral("SaveStorage"),
-                        {{QStringLiteral("ID"), account.toString()}, {QStringLiteral("displayName"), "Tree"},
-                            {QStringLiteral("prefix"), QStringLiteral("office")},
-                            {QStringLiteral("type"), int(TWL::Cloud::S3Compatible)},
-                            {QStringLiteral("params"), moto->document(bucket)}})
-                    .success);
-        QTRY_VERIFY(console->rowOf(QStringLiteral("Tree")) >= 0);
+        for (const auto& [id, name, container] : {std::make_tuple(&account, QStringLiteral("Tree"), bucket),
+                 std::make_tuple(&pagesAccount, QStringLiteral("Pages"), pagesBucket)}) {
+            *id = QUuid::createUuid();
+            QVERIFY(client
+                        .call(QStringLiteral("SaveStorage"),
+                            {{QStringLiteral("ID"), id->toString()}, {QStringLiteral("displayName"), name},
+                                {QStringLiteral("prefix"), QStringLiteral("office")},
+                                {QStringLiteral("type"), int(TWL::Cloud::S3Compatible)},
+                                {QStringLiteral("params"), moto->document(container)}})
+                        .success);
+            QTRY_VERIFY(console->rowOf(name) >= 0);
+        }
         TWB::DefaultSettings::instance()->setChunkSize(QStringLiteral("10485760"));
     }
 
@@ -94,7 +102,7 @@ private slots:
     {
         model = std::make_unique<CloudFilesModel>();
         tester = std::make_unique<QAbstractItemModelTester>(model.get());
-        QVERIFY(showAccount(*model));
+        QVERIFY(showAccount(*model, account));
     }
 
     void cleanup()
@@ -121,10 +129,9 @@ private slots:
         QCOMPARE(model->index(1, 5, container).data().toInt(), 2);
 
         const QModelIndex office = open(QStringLiteral("TWB_office/"));
-        QCOMPARE(column(office, 0), QStringList({"docs", "exact", "many", "readme.txt"}));
-        QCOMPARE(column(office, 1),
-            QStringList({"TWB_office/docs/", "TWB_office/exact/", "TWB_office/many/", "TWB_office/readme.txt"}));
-        QCOMPARE(column(office, 5), QStringList({"1", "1", "1", "0"}));
+        QCOMPARE(column(office, 0), QStringList({"docs", "readme.txt"}));
+        QCOMPARE(column(office, 1), QStringList({"TWB_office/docs/", "TWB_office/readme.txt"}));
+        QCOMPARE(column(office, 5), QStringList({"1", "0"}));
         QVERIFY(model->hasChildren(model->indexByPath(QStringLiteral("TWB_office/docs/"))));
         QVERIFY(!model->hasChildren(model->indexByPath(QStringLiteral("TWB_office/readme.txt"))));
 
@@ -138,8 +145,8 @@ private slots:
         QTest::addColumn<QString>("folder");
         QTest::addColumn<int>("rows");
         QTest::addColumn<int>("pages");
-        QTest::newRow("exactly a thousand: one page, no marker") << QStringLiteral("TWB_office/exact/") << 1000 << 1;
-        QTest::newRow("one more: a second page from the marker") << QStringLiteral("TWB_office/many/") << 1001 << 2;
+        QTest::newRow("exactly a thousand: one page, no marker") << QStringLiteral("TWB_big/exact/") << 1000 << 1;
+        QTest::newRow("one more: a second page from the marker") << QStringLiteral("TWB_big/many/") << 1001 << 2;
     }
 
     void largeFolderArrivesInPagesOfAThousand()
@@ -147,11 +154,12 @@ private slots:
         QFETCH(QString, folder);
         QFETCH(int, rows);
         QFETCH(int, pages);
-        // The model tester opens every folder it meets; the pages are counted on a model nobody walks.
+        // The model tester opens every folder it meets; the pages are counted on a model nobody walks, which
+        // also spares the tester's walk over thousands of rows after each signal.
         CloudFilesModel unwalked;
-        QVERIFY(showAccount(unwalked));
+        QVERIFY(showAccount(unwalked, pagesAccount));
         open(unwalked, QString());
-        open(unwalked, QStringLiteral("TWB_office/"));
+        open(unwalked, QStringLiteral("TWB_big/"));
         const QModelIndex index = unwalked.indexByPath(folder);
         QVERIFY(unwalked.canFetchMore(index));
         QSignalSpy inserted(&unwalked, &QAbstractItemModel::rowsInserted);
@@ -163,9 +171,6 @@ private slots:
         QCOMPARE(unwalked.index(0, 0, index).data().toString(), QStringLiteral("0000"));
         const QString last = QStringLiteral("%1").arg(rows - 1, 4, 10, QLatin1Char('0'));
         QCOMPARE(unwalked.index(rows - 1, 1, index).data().toString(), folder + last);
-        // Where the tester walks the whole bucket, every row arrives as well.
-        open(QString());
-        QCOMPARE(model->rowCount(model->indexByPath(folder)), rows);
     }
 
     void choosingAStorageDropsListingsUnderWay()
