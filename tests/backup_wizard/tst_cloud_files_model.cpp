@@ -4,6 +4,7 @@
 #include "platform/settings/default_settings.h"
 #include "raw_client.h"
 #include "support/cloud_peers.h"
+#include "support/log_capture.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
@@ -124,7 +125,10 @@ private slots:
         QVERIFY(open(model, {"", "TWB_big/"}));
         QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
         QSignalSpy finished(&model, &CloudFilesModel::listingFinished);
+        TWB::Test::LogCapture log;
         QVERIFY(open(model, {folder}));
+        // A last page that is full asks for no further, empty one.
+        QCOMPARE(log.count(QtDebugMsg, "TWB", "Finished listing operation"), pages);
         const QModelIndex index = model.indexByPath(folder);
         QCOMPARE(model.rowCount(index), rows);
         QCOMPARE(inserted.count(), pages);
