@@ -111,8 +111,11 @@ bool CloudFilesModel::checkCloudConfig()
 bool CloudFilesModel::load(const QStringList& paths, int)
 {
     for (const QString& path : paths) {
-        if (!startListing(path, path.isEmpty() ? computerPrefix : path, QString()))
+        if (!startListing(path, path.isEmpty() ? computerPrefix : path, QString())) {
+            // The folder would wait for a listing forever; it says why it stays empty instead.
+            onListingError(path, tr("This storage account cannot be listed."));
             return false;
+        }
     }
     return true;
 }
