@@ -70,6 +70,10 @@ void CloudFilesModel::onSetStorage(const QUuid& storageId)
         return;
     const int row = rows.first().row();
     const QJsonObject account = storages->index(row, DetailParamsColumn).data().toJsonObject();
+    // A view may open the container as soon as it shows: the configuration must be there first.
+    config = TWB::DataConverter::StorageConfig::Twb2Twl::fromTwb(
+        QJsonObject {{QStringLiteral("Type"), storages->index(row, TypeColumn).data().toInt()},
+            {QStringLiteral("DetailParams"), account}});
     auto node = std::make_unique<FileNode>();
     node->name = account.value(TWL::Cloud::Key::ContainerName).toString();
     node->path = QLatin1String("");
@@ -77,9 +81,6 @@ void CloudFilesModel::onSetStorage(const QUuid& storageId)
     node->isChangeable = true;
     node->isExpandable = true;
     appendTopLevel(std::move(node));
-    config = TWB::DataConverter::StorageConfig::Twb2Twl::fromTwb(
-        QJsonObject {{QStringLiteral("Type"), storages->index(row, TypeColumn).data().toInt()},
-            {QStringLiteral("DetailParams"), account}});
 }
 
 bool CloudFilesModel::checkCloudConfig()
@@ -110,8 +111,11 @@ bool CloudFilesModel::checkCloudConfig()
 bool CloudFilesModel::load(const QStringList& paths, int)
 {
     for (const QString& path : paths) {
-        if (!startListing(path, path.isEmpty() ? computerPrefix : path, QString()))
+        if (!startListing(path, path.isEmpty() ? computerPrefix : path, QString())) {
+            // The folder would wait for a listing forever; it says why it stays empty instead.
+            onListingError(path, tr("This storage account cannot be listed."));
             return false;
+        }
     }
     return true;
 }

@@ -83,8 +83,12 @@ void FileSystemCheckedShareControlModel::onGetUsedShareResult()
 void FileSystemCheckedShareControlModel::initChecked(
     const QUuid& plan, const QStringList& includes, const QStringList& excludes)
 {
-    FileSystemCheckedModel::initChecked(includes, excludes);
     planId = plan;
+    // The plan's own marks are its shares already, one for each of its paths, counted below; a mark the
+    // base sets at once on a node in the tree must not count them again.
+    restoring = true;
+    FileSystemCheckedModel::initChecked(includes, excludes);
+    restoring = false;
     const QStringList paths = unReplacePath(includes);
     for (const QString& path : paths) {
         const QString share = isShare(withoutTrailingSeparator(path));
@@ -98,6 +102,8 @@ bool FileSystemCheckedShareControlModel::setData(const QModelIndex& index, const
     // The base refuses other roles and columns and an unchanged state; nothing changed then.
     if (!BaseFilesModel::setData(index, value, role))
         return false;
+    if (restoring)
+        return true;
     const int state = value.toInt();
     if (state != Qt::Checked && state != Qt::Unchecked)
         return true;

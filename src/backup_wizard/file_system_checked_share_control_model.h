@@ -55,6 +55,7 @@ private:
     QMap<QString, QUuid> usedShare;
     QUuid planId;
     QStringList ownShares;
+    bool restoring = false;
 };
 
 } // namespace TWB::GUI

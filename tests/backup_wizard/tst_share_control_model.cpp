@@ -1,7 +1,6 @@
 #include "backup_wizard/file_system_checked_share_control_model.h"
-#include "platform/file_system_listing.h"
 #include "plan_samples.h"
-#include "raw_client.h"
+#include "platform/file_system_listing.h"
 #include "service_fixture.h"
 
 #include <QAbstractItemModelTester>
@@ -13,74 +12,59 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <memory>
-
 using namespace TWB::GUI;
-using TWB::Test::PlanSamples;
 using TWB::Test::ServiceFixture;
 
-/// The one-share rule of the backup source tree, with the real twbd telling which plan uses which share.
-/// The machine's mount table is a file of the test's own, read by the console's tree and by twbd alike,
-/// with two network shares on folders of the test.
+/// The one-share rule against the real twbd. The mount table is the test's own file, read by the console's
+/// tree and by twbd alike, with two network shares on folders of the test.
 class TstShareControlModel : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<ServiceFixture> service;
+    ServiceFixture service;
     TWB::Test::RawClient client;
-    QString nas;
-    QString office;
-    QUuid planOnNas;
     QTemporaryDir spare;
-
+    QString nas = service.environment().root() + QStringLiteral("/mnt/nas");
+    QString office = service.environment().root() + QStringLiteral("/mnt/office share");
+    const QUuid planOnNas = QUuid::createUuid();
     std::unique_ptr<FileSystemCheckedShareControlModel> model;
     std::unique_ptr<QAbstractItemModelTester> tester;
 
-    void setState(const QString& realPath, int state)
+    void check(const QString& realPath, int state)
     {
-        const QModelIndex index = model->indexByPath(realPath);
-        QVERIFY2(index.isValid(), qPrintable(realPath));
-        QVERIFY(model->setData(index, state, Qt::CheckStateRole));
-        QCOMPARE(index.data(Qt::CheckStateRole).toInt(), state);
+        QVERIFY(model->setData(model->indexByPath(realPath), state, Qt::CheckStateRole));
+        QCOMPARE(model->indexByPath(realPath).data(Qt::CheckStateRole).toInt(), state);
+    }
+
+    // Opens the plan on "nas" for editing; its folder's mark arrives with the listing.
+    void editPlanOnNas()
+    {
+        model->initChecked(planOnNas, {QStringLiteral("/TWB_SHARES/nas/docs")}, {});
+        QTRY_COMPARE(model->indexByPath(nas + QStringLiteral("/docs")).data(Qt::CheckStateRole).toInt(), 2);
     }
 
 private slots:
     void initTestCase()
     {
-        service = std::make_unique<ServiceFixture>();
-        const QString root = service->environment().root();
-        nas = root + QStringLiteral("/mnt/nas");
-        office = root + QStringLiteral("/mnt/office share");
-        QVERIFY(QDir().mkpath(nas + QStringLiteral("/docs")));
-        QVERIFY(QDir().mkpath(office));
-        QFile mounts(root + QStringLiteral("/mounts"));
+        QVERIFY(QDir().mkpath(nas + QStringLiteral("/docs")) && QDir().mkpath(office));
+        QFile mounts(service.environment().root() + QStringLiteral("/mounts"));
         QVERIFY(mounts.open(QIODevice::WriteOnly));
-        QString escapedOffice = office;
-        escapedOffice.replace(QLatin1Char(' '), QLatin1String("\\040"));
-        mounts.write(QStringLiteral("/dev/sda1 / ext4 rw 0 0\nproc /proc proc rw 0 0\n"
-                                    "server:/export/nas %1 nfs4 rw 0 0\n//server/office %2 cifs rw 0 0\n")
-                         .arg(nas, escapedOffice)
+        mounts.write(QStringLiteral("/dev/sda1 / ext4 rw 0 0\nsrv:/nas %1 nfs4 rw 0 0\n//srv/office %2 cifs rw 0 0\n")
+                         .arg(nas, QString(office).replace(QLatin1Char(' '), QLatin1String("\\040")))
                          .toUtf8());
         mounts.close();
         qputenv("TWB_MOUNTS_FILE", QFile::encodeName(mounts.fileName()));
-        qputenv("USER", "alice");
-        QVERIFY2(service->startWithConsoles(client), qPrintable(service->process().output()));
-
-        // One plan backs up a folder of the share "nas", named as the tree names it in plans.
-        planOnNas = QUuid::createUuid();
-        const QString xml = PlanSamples::backup(planOnNas, QStringLiteral("Shared docs"),
+        QVERIFY2(service.startWithConsoles(client), qPrintable(service.process().output()));
+        const QString xml = TWB::Test::PlanSamples::backup(planOnNas, QStringLiteral("Shared docs"),
             ServiceFixture::firstAccount(client), {QStringLiteral("/TWB_SHARES/nas/docs"), QStringLiteral("/home")});
-        QVERIFY(client
-                    .call(QStringLiteral("PlanUpdate"),
-                        {{QStringLiteral("ID"), planOnNas.toString()}, {QStringLiteral("planXML"), xml}})
-                    .success);
+        QVERIFY(client.call(QStringLiteral("PlanUpdate"), {{"ID", planOnNas.toString()}, {"planXML", xml}}).success);
     }
 
     void init()
     {
-        // The shares as this machine's volume listing gives them; the root file system is left out, as the
-        // model tester would walk all of it. A spare volume stands first, where the tester looks at marks,
-        // since it knows no fourth state.
+        // The shares as this machine's volume listing gives them, without the root file system, which the
+        // model tester would walk whole. A spare volume stands first, the one row whose mark the tester
+        // reads, as it knows no fourth state.
         TWB::FileSystemListing listing;
         QVERIFY(listing.list(QString()));
         QJsonArray volumes {QJsonObject {{"name", "spare"}, {"path", "/TWB_VOLUMES/spare"}, {"real_path", spare.path()},
@@ -91,7 +75,9 @@ private slots:
         }
         model = std::make_unique<FileSystemCheckedShareControlModel>(volumes);
         tester = std::make_unique<QAbstractItemModelTester>(model.get());
-        QTRY_VERIFY(!model->usedShares().isEmpty());
+        QCOMPARE(model->shareRoots(), QStringList({nas, office}));
+        // twbd names the share in use as the tree shows it.
+        QTRY_COMPARE(model->usedShares(), (QMap<QString, QUuid> {{nas, planOnNas}}));
     }
 
     void cleanup()
@@ -101,13 +87,7 @@ private slots:
         model.reset();
     }
 
-    void serviceNamesTheShareAsTheTreeShowsIt()
-    {
-        QCOMPARE(model->shareRoots(), QStringList({nas, office}));
-        QCOMPARE(model->usedShares(), (QMap<QString, QUuid> {{nas, planOnNas}}));
-        QCOMPARE(model->isShare(nas + QStringLiteral("/docs")), nas);
-        QCOMPARE(model->isShare(nas + QStringLiteral("x")), QString());
-    }
+    void cleanupTestCase() { QVERIFY2(service.process().terminate(), qPrintable(service.process().output())); }
 
     void checkingAShareWarnsOnlyBesideTheOneInUse_data()
     {
@@ -126,15 +106,12 @@ private slots:
         QFETCH(bool, onOffice);
         QFETCH(int, warnings);
         QSignalSpy attention(model.get(), &FileSystemCheckedShareControlModel::shareControlAttention);
-        if (editsThePlan) {
-            model->initChecked(planOnNas, {QStringLiteral("/TWB_SHARES/nas/docs")}, {});
-            QTRY_COMPARE(model->indexByPath(nas + QStringLiteral("/docs")).data(Qt::CheckStateRole).toInt(), 2);
-            QCOMPARE(model->planShares(), QStringList({nas}));
-        } else {
+        if (editsThePlan)
+            editPlanOnNas();
+        else
             model->initChecked(QUuid::createUuid(), {}, {});
-        }
         const QString share = onOffice ? office : nas;
-        setState(share, Qt::Checked);
+        check(share, Qt::Checked);
         QCOMPARE(attention.count(), warnings);
         // The rule only warns: the mark stays, and the share is the plan's.
         QVERIFY(model->planShares().contains(share));
@@ -143,29 +120,17 @@ private slots:
     void uncheckingThePlansLastShareFreesIt()
     {
         QSignalSpy attention(model.get(), &FileSystemCheckedShareControlModel::shareControlAttention);
-        model->initChecked(planOnNas, {QStringLiteral("/TWB_SHARES/nas/docs")}, {});
-        QTRY_COMPARE(model->indexByPath(nas + QStringLiteral("/docs")).data(Qt::CheckStateRole).toInt(), 2);
-        setState(office, Qt::Checked);
-        QCOMPARE(attention.count(), 1);
-        setState(office, Qt::Unchecked);
-        // The plan still holds "nas": a second share still warns, once per check.
-        setState(office, Qt::Checked);
+        editPlanOnNas();
+        for (int state : {Qt::Checked, Qt::Unchecked, Qt::Checked, Qt::Unchecked})
+            check(office, state);
+        // Once per check, while the plan holds "nas".
         QCOMPARE(attention.count(), 2);
-        setState(office, Qt::Unchecked);
-
-        setState(nas, Qt::Checked);
-        setState(nas, Qt::Unchecked);
-        QVERIFY(model->planShares().isEmpty());
+        check(nas, Qt::Checked);
+        check(nas, Qt::Unchecked);
         QVERIFY(model->usedShares().isEmpty());
-        setState(office, Qt::Checked);
+        check(office, Qt::Checked);
         QCOMPARE(attention.count(), 2);
         QCOMPARE(model->usedShares(), (QMap<QString, QUuid> {{office, planOnNas}}));
-    }
-
-    void cleanupTestCase()
-    {
-        if (service)
-            QVERIFY2(service->process().terminate(), qPrintable(service->process().output()));
     }
 };
 
