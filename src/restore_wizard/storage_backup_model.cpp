@@ -414,7 +414,6 @@ void StorageBackupModel::onResult()
         if (!fresh.empty()) {
             beginInsertRows(indexOf(node), held, held + int(fresh.size()) - 1);
             entry.nodes.reserve(entry.nodes.size() + int(fresh.size()));
-            node->children.reserve(node->children.size() + fresh.size());
             for (std::unique_ptr<Node>& child : fresh) {
                 // Two entries with one path and type share a key; the later one wins.
                 entry.nodes.insert(nodeKey(child->path, child->type), child.get());
@@ -507,21 +506,32 @@ QVariant StorageBackupModel::headerData(int section, Qt::Orientation orientation
 
 QIcon StorageBackupModel::typeImage(int type)
 {
-    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
-        return QIcon();
-    QStyle* style = QApplication::style();
+    QStyle::StandardPixmap pixmap;
     switch (type) {
     case 0:
     case 1:
-        return style->standardIcon(QStyle::SP_FileIcon);
+        pixmap = QStyle::SP_FileIcon;
+        break;
     case 2:
-        return style->standardIcon(QStyle::SP_DirIcon);
+        pixmap = QStyle::SP_DirIcon;
+        break;
     case 5:
-        return style->standardIcon(QStyle::SP_DriveNetIcon);
+        pixmap = QStyle::SP_DriveNetIcon;
+        break;
     case 7:
-        return style->standardIcon(QStyle::SP_DriveHDIcon);
+        pixmap = QStyle::SP_DriveHDIcon;
+        break;
+    default:
+        return QIcon();
     }
-    return QIcon();
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+        return QIcon();
+    // The style decodes its images anew for each call, and a view asks for every row it paints.
+    static QHash<int, QIcon> icons;
+    auto icon = icons.find(pixmap);
+    if (icon == icons.end())
+        icon = icons.insert(pixmap, QApplication::style()->standardIcon(pixmap));
+    return icon.value();
 }
 
 } // namespace TWB::GUI
