@@ -39,8 +39,8 @@ const QString itemColumns = QStringLiteral(
     "e.id, e.parent, e.name, e.kind, e.is_file, "
     "v.snapshot, v.backup_utc, v.modified_utc, v.size, v.original_size, v.is_encrypted, v.is_compressed, "
     "v.is_full, v.revision, v.attribute, v.plan_id, v.gone_ms, "
-    "EXISTS (SELECT 1 FROM catalog_entries c WHERE c.account_id = e.account_id AND c.prefix = e.prefix "
-    "AND c.parent = e.parent || '/' || e.name%1)");
+    "CASE WHEN e.is_file THEN 0 ELSE EXISTS (SELECT 1 FROM catalog_entries c WHERE c.account_id = e.account_id "
+    "AND c.prefix = e.prefix AND c.parent = e.parent || '/' || e.name%1) END");
 
 const QString latestVersionJoin
     = QStringLiteral(" LEFT JOIN catalog_versions v ON v.id = (SELECT id FROM catalog_versions WHERE entry_id = e.id "
