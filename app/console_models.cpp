@@ -12,6 +12,8 @@ ConsoleModels::ConsoleModels()
     , m_backupTable(ModelNames::PlanBackupTable)
     , m_restoreTable(ModelNames::PlanRestoreTable)
     , m_storages(ModelNames::StorageConnection)
+    , m_storageTree(ModelNames::StorageBackup)
+    , m_storageFullTree(ModelNames::StorageBackupFull)
 { }
 
 void ConsoleModels::start()
@@ -19,11 +21,12 @@ void ConsoleModels::start()
     auto manager = TWB::GUI::ModelManager::instance();
     if (!manager)
         return;
-    for (TWB::GUI::ModelCreator* creator :
-        std::initializer_list<TWB::GUI::ModelCreator*> {&m_planTable, &m_backupTable, &m_restoreTable, &m_storages})
+    // The storage trees take their top level from the storage list, so they come after it.
+    const std::initializer_list<TWB::GUI::ModelCreator*> creators {
+        &m_planTable, &m_backupTable, &m_restoreTable, &m_storages, &m_storageTree, &m_storageFullTree};
+    for (TWB::GUI::ModelCreator* creator : creators)
         manager->registrateCreator(*creator);
-    for (TWB::GUI::ModelCreator* creator :
-        std::initializer_list<TWB::GUI::ModelCreator*> {&m_planTable, &m_backupTable, &m_restoreTable, &m_storages}) {
+    for (TWB::GUI::ModelCreator* creator : creators) {
         if (TWB::GUI::BaseModel* model = creator->create())
             model->init();
     }

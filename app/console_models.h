@@ -4,6 +4,8 @@
 #include "plans/plan_backup_model.h"
 #include "plans/plan_restore_model.h"
 #include "plans/plan_table_model.h"
+#include "restore_wizard/storage_backup_full_model.h"
+#include "restore_wizard/storage_backup_model.h"
 #include "storages/storage_connections_model.h"
 
 namespace TWB::Host {
@@ -28,6 +30,8 @@ private:
     TWB::GUI::SharedModelCreator<TWB::GUI::PlanBackupModel> m_backupTable;
     TWB::GUI::SharedModelCreator<TWB::GUI::PlanRestoreModel> m_restoreTable;
     TWB::GUI::SharedModelCreator<TWB::GUI::StorageConnectionsModel> m_storages;
+    TWB::GUI::SharedModelCreator<TWB::GUI::StorageBackupModel> m_storageTree;
+    TWB::GUI::SharedModelCreator<TWB::GUI::StorageBackupFullModel> m_storageFullTree;
 };
 
 } // namespace TWB::Host

@@ -10,6 +10,7 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
 #include <limits>
 
 namespace TWB::Service {
@@ -82,8 +83,13 @@ void ContentCommands::restoreContent(const QJsonObject& request, const Responder
     const std::optional<Account> account = AccountStore(m_database).find(destination);
     if (!account)
         throw params.fault("destination", QStringLiteral("names no storage account: %1").arg(destination.toString()));
-    const int pageSize = OptionStore(m_database)
-                             .number(QLatin1String(OptionStore::RestoreContentPageSize), defaultPageSize(), 1, 1000000);
+    const int page
+        = int(OptionStore(m_database)
+                  .number(QLatin1String(OptionStore::RestoreContentPageSize), defaultPageSize(), 1, 1000000));
+    // The first part is one page, so that the first rows come at once; later parts grow with what the
+    // client holds, up to eight pages, so that a long folder takes a few dozen round trips and view
+    // layouts instead of hundreds, and no part keeps the client's thread for long.
+    const int pageSize = std::min(std::max(page, offset), page * 8);
 
     VersionCatalog catalog(m_database);
     QJsonArray entries;

@@ -11,8 +11,9 @@ class Responder;
 /// What a storage holds, answered from the catalog: "GetRestoreContent",
 /// "GetRestoreContentManualMode" and "GetContentType".
 ///
-/// A folder is listed in parts of the option RestoreContentPageSize (500 by default), folders
-/// first and then files, by name. "currentPart" is the number of entries the client already
+/// A folder is listed in parts, folders first and then files, by name: a first part of the option
+/// RestoreContentPageSize (500 by default), then parts as large as what the client holds, up to
+/// eight times the option. "currentPart" is the number of entries the client already
 /// holds; when more remain, the part ends with an entry of "Type" 4, and the client asks again.
 /// Listings are of the account's own prefix unless "prefix" names another one.
 class ContentCommands final

@@ -1,0 +1,328 @@
+#include "restore_wizard/storage_backup_full_model.h"
+#include "restore_wizard/storage_backup_model.h"
+#include "engine_test_support.h"
+#include "peers/storage_console.h"
+#include "plans/date_time_delegate.h"
+#include "platform/plan/backup_file.h"
+#include "raw_client.h"
+#include "service/store/database.h"
+#include "service/store/option_store.h"
+#include "service_fixture.h"
+#include "support/test_environment.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QtTest>
+
+#include <memory>
+
+using namespace TWB::GUI;
+using TWB::Test::EngineTestSupport;
+using TWB::Test::RawClient;
+using TWB::Test::ServiceFixture;
+using TWB::Test::StorageConsole;
+using TWB::Test::TestEnvironment;
+using Tester = QAbstractItemModelTester;
+
+namespace {
+
+const QStringList docsEntries
+    = {QStringLiteral("old"), QStringLiteral("a.txt"), QStringLiteral("b.txt"), QStringLiteral("c.txt"),
+        QStringLiteral("d.txt"), QStringLiteral("e.txt"), QStringLiteral("f.txt"), QStringLiteral("g.txt")};
+
+QModelIndex accountRow(const QAbstractItemModel& model, const QUuid& id)
+{
+    for (int row = 0; row < model.rowCount(); ++row) {
+        if (QUuid(model.index(row, 1).data().toString()) == id)
+            return model.index(row, 0);
+    }
+    return QModelIndex();
+}
+
+QStringList names(const QAbstractItemModel& model, const QModelIndex& parent)
+{
+    QStringList result;
+    for (int row = 0; row < model.rowCount(parent); ++row)
+        result << model.index(row, 0, parent).data().toString();
+    return result;
+}
+
+// Expands `parent` as a view does and waits until the listing brings the row called `name`.
+QModelIndex open(QAbstractItemModel& model, const QModelIndex& parent, const QString& name)
+{
+    if (model.canFetchMore(parent))
+        model.fetchMore(parent);
+    QModelIndex found;
+    const bool came = QTest::qWaitFor(
+        [&] {
+            const int row = names(model, parent).indexOf(name);
+            found = row < 0 ? QModelIndex() : model.index(row, 0, parent);
+            return found.isValid();
+        },
+        10000);
+    return came ? found : QModelIndex();
+}
+
+QModelIndex walk(QAbstractItemModel& model, QModelIndex index, const QStringList& path)
+{
+    for (const QString& name : path) {
+        index = open(model, index, name);
+        if (!index.isValid())
+            return index;
+    }
+    return index;
+}
+
+// Every earlier reply on the console's one connection has been taken in once a later command answers.
+bool channelDrained(const QUuid& account)
+{
+    return ServiceFixture::callThroughChannel(
+        QStringLiteral("GetContentType"), {{QStringLiteral("DestinationId"), account.toString()}})
+        .success;
+}
+
+} // namespace
+
+/// The storage trees against the real service, over a catalog that three real backups made.
+class TestStorageBackupModel : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<TestEnvironment> m_env;
+    std::unique_ptr<StorageConsole> m_console;
+    std::unique_ptr<RawClient> m_client;
+    std::unique_ptr<TWB::Service::Database> m_store; // the test's own connection to the service's store
+    SharedModelCreator<StorageBackupModel> m_plainCreator {ModelNames::StorageBackup};
+    SharedModelCreator<StorageBackupFullModel> m_fullCreator {ModelNames::StorageBackupFull};
+    QUuid m_account;
+    QUuid m_spare;
+    QStringList m_docsPath; // node names from the account down to the backed-up "docs"
+
+    void setPageSize(int size)
+    {
+        TWB::Service::OptionStore(*m_store).setValue(
+            QLatin1String(TWB::Service::OptionStore::RestoreContentPageSize), QString::number(size));
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_env = std::make_unique<TestEnvironment>();
+        m_console = std::make_unique<StorageConsole>(*m_env);
+        QVERIFY2(m_console->start(), qPrintable(m_console->service().output()));
+        ModelManager::instance()->registrateCreator(m_plainCreator);
+        ModelManager::instance()->registrateCreator(m_fullCreator);
+        m_client = std::make_unique<RawClient>();
+        QVERIFY(m_client->connectTo(m_env->socketPath()));
+        m_account = EngineTestSupport::addLocalAccount(*m_client, m_env->root() + QStringLiteral("/repo"), "laptop");
+        m_spare = EngineTestSupport::addLocalAccount(*m_client, m_env->root() + QStringLiteral("/spare"), "desk");
+        QVERIFY(!m_account.isNull() && !m_spare.isNull());
+        QTRY_COMPARE(m_console->model()->rowCount(), 3);
+
+        const QString docs = m_env->root() + QStringLiteral("/source/docs");
+        for (const QString& name : docsEntries.mid(1))
+            EngineTestSupport::writeFile(docs + QLatin1Char('/') + name, name.toUtf8());
+        EngineTestSupport::writeFile(docs + QStringLiteral("/old/z.txt"), "z");
+        const auto plan = EngineTestSupport::backupPlan(m_account, QStringLiteral("Docs"), {docs});
+        QVERIFY(EngineTestSupport::save(*m_client, *plan));
+        // Three runs, "a.txt" changed before each later one: three versions of it.
+        for (int run = 0; run < 3; ++run) {
+            if (run > 0)
+                EngineTestSupport::writeFile(docs + QStringLiteral("/a.txt"), QByteArray(100 * run, 'a'));
+            const TWB::Test::RunOutcome outcome = EngineTestSupport::run(*m_client, plan->id());
+            QVERIFY(outcome.ended);
+            QVERIFY2(outcome.status == 6, qPrintable(outcome.message));
+        }
+        m_docsPath = QStringList {"laptop", "TWB_VOLUMES", "root"} + docs.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+
+        m_store = std::make_unique<TWB::Service::Database>(m_env->dataDir() + QStringLiteral("/service.db"));
+        m_store->open();
+    }
+
+    void cleanup() { setPageSize(500); }
+
+    void cleanupTestCase()
+    {
+        if (m_console)
+            QVERIFY2(m_console->service().terminate(), qPrintable(m_console->service().output()));
+    }
+
+    void modelsAreSharedByName()
+    {
+        auto* plain = qobject_cast<StorageBackupModel*>(ModelManager::instance()->create(ModelNames::StorageBackup));
+        auto* full
+            = qobject_cast<StorageBackupFullModel*>(ModelManager::instance()->create(ModelNames::StorageBackupFull));
+        QVERIFY(plain && full && plain != full);
+        QCOMPARE(ModelManager::instance()->create(ModelNames::StorageBackup), plain);
+        QCOMPARE(plain->columnCount(), 4);
+        QCOMPARE(full->columnCount(), 14);
+        QCOMPARE(full->headerData(0, Qt::Horizontal).toString(), QStringLiteral("Display Name"));
+        QCOMPARE(full->headerData(4, Qt::Horizontal).toString(), QStringLiteral("Size on Storage"));
+        QCOMPARE(full->headerData(12, Qt::Horizontal).toString(), QStringLiteral("Delimiter"));
+        QVERIFY(!full->headerData(13, Qt::Horizontal).isValid());
+        QVERIFY(!plain->headerData(4, Qt::Horizontal).isValid());
+        QVERIFY(!full->headerData(1, Qt::Vertical).isValid());
+    }
+
+    void fullTreeShowsAccountsFoldersFilesAndVersions()
+    {
+        StorageBackupFullModel model;
+        Tester tester(&model, Tester::FailureReportingMode::QtTest);
+        QSignalSpy errors(&model, &BaseModel::error);
+        QVERIFY(model.init());
+        QCOMPARE(model.rowCount(), m_console->model()->rowCount());
+        const QModelIndex account = accountRow(model, m_account);
+        QVERIFY(account.isValid());
+        // The top level is the storage list's: its name, id and type.
+        QCOMPARE(account.data().toString(), QStringLiteral("Test storage"));
+        QCOMPARE(account.siblingAtColumn(2).data().toInt(), 1);
+
+        const QModelIndex docs = walk(model, account, m_docsPath);
+        QVERIFY(docs.isValid());
+        QTRY_COMPARE(names(model, docs), docsEntries);
+        QCOMPARE(docs.siblingAtColumn(2).data().toInt(), 2);
+        QCOMPARE(docs.siblingAtColumn(4).data().toDouble(), 9223372036854775808.0);
+        QVERIFY(docs.data(StorageBackupModel::LoadedRole).toBool());
+        QVERIFY(!docs.data(Qt::DecorationRole).value<QIcon>().isNull());
+        QVERIFY(docs.parent().isValid());
+        QCOMPARE(QUuid(docs.siblingAtColumn(1).data().toString()), m_account);
+
+        const QModelIndex a = model.index(1, 0, docs);
+        QCOMPARE(a.siblingAtColumn(2).data().toInt(), 0);
+        QCOMPARE(a.siblingAtColumn(3).data().toString(), docs.siblingAtColumn(3).data().toString() + "/a.txt");
+        QCOMPARE(a.siblingAtColumn(5).data().toDouble(), 200.0); // the newest version's size
+        QVERIFY(a.siblingAtColumn(4).data().toDouble() > 0);
+        QCOMPARE(a.siblingAtColumn(7).data().toBool(), false); // no password of the user's
+        QCOMPARE(a.siblingAtColumn(12).data().toString(), QStringLiteral("/"));
+        QVERIFY(!a.siblingAtColumn(13).data().isValid());
+        QVERIFY(!a.siblingAtColumn(4).data(Qt::ToolTipRole).isValid());
+        QVERIFY(model.hasChildren(a));
+
+        // A file's versions, newest first, each named by its date.
+        if (model.canFetchMore(a))
+            model.fetchMore(a);
+        QTRY_COMPARE(model.rowCount(a), 3);
+        QList<double> sizes;
+        for (int row = 0; row < 3; ++row) {
+            const QModelIndex version = model.index(row, 0, a);
+            QCOMPARE(version.siblingAtColumn(2).data().toInt(), 1);
+            const QString date = DateTimeDelegate::toText(version.siblingAtColumn(6).data(), QLocale());
+            QCOMPARE(version.data().toString(), QStringLiteral("[%1]").arg(date));
+            QVERIFY(version.siblingAtColumn(3).data().toString().contains(QLatin1Char('@')));
+            QVERIFY(!model.hasChildren(version));
+            sizes << version.siblingAtColumn(5).data().toDouble();
+        }
+        QCOMPARE(sizes, (QList<double> {200, 100, 5}));
+        QVERIFY(errors.isEmpty());
+    }
+
+    void plainTreeListsFoldersOnly()
+    {
+        StorageBackupModel model;
+        Tester tester(&model, Tester::FailureReportingMode::QtTest);
+        QVERIFY(model.init());
+        const QModelIndex docs = walk(model, accountRow(model, m_account), m_docsPath);
+        QVERIFY(docs.isValid());
+        QTRY_COMPARE(names(model, docs), QStringList {"old"});
+        const QModelIndex old = model.index(0, 0, docs);
+        // "old" holds only a file, which this tree does not show: nothing to expand.
+        QVERIFY(!model.hasChildren(old));
+        QVERIFY(!model.canFetchMore(old));
+        QVERIFY(!old.siblingAtColumn(4).isValid());
+    }
+
+    void longFolderArrivesInParts()
+    {
+        setPageSize(2);
+        StorageBackupFullModel model;
+        Tester tester(&model, Tester::FailureReportingMode::QtTest);
+        QVERIFY(model.init());
+        const QModelIndex folder = walk(model, accountRow(model, m_account), m_docsPath);
+        QVERIFY(folder.isValid());
+        if (model.canFetchMore(folder))
+            model.fetchMore(folder);
+        QTRY_COMPARE(model.rowCount(folder), docsEntries.size());
+        QVERIFY(channelDrained(m_account));
+
+        // Asked anew: a first part of two, then parts as large as what is held, each announced at its place.
+        QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+        QSignalSpy updated(&model, &BaseModel::updated);
+        model.onUpdate(folder);
+        QTRY_COMPARE(model.rowCount(folder), docsEntries.size());
+        QVERIFY(channelDrained(m_account));
+        QCOMPARE(names(model, folder), docsEntries);
+        QList<QPair<int, int>> ranges;
+        for (const QList<QVariant>& signal : qAsConst(inserted)) {
+            if (signal.at(0).value<QModelIndex>() == folder)
+                ranges << qMakePair(signal.at(1).toInt(), signal.at(2).toInt());
+        }
+        QCOMPARE(ranges, (QList<QPair<int, int>> {{0, 1}, {2, 3}, {4, 7}}));
+        QVERIFY(updated.count() >= 3);
+
+        // Collapsed between two parts: the part on its way is not added to the new listing.
+        QSignalSpy firstPart(&model, &QAbstractItemModel::rowsInserted);
+        model.onUpdate(folder);
+        QVERIFY(firstPart.wait());
+        model.onCollapse(folder);
+        if (model.canFetchMore(folder))
+            model.fetchMore(folder);
+        QTRY_COMPARE(model.rowCount(folder), docsEntries.size());
+        QVERIFY(channelDrained(m_account));
+        QCOMPARE(names(model, folder), docsEntries);
+    }
+
+    void replyForCollapsedFolderIsDropped()
+    {
+        StorageBackupFullModel model;
+        Tester tester(&model, Tester::FailureReportingMode::QtTest);
+        QVERIFY(model.init());
+        const QModelIndex docs = walk(model, accountRow(model, m_account), m_docsPath);
+        QVERIFY(docs.isValid());
+        if (model.canFetchMore(docs))
+            model.fetchMore(docs);
+        QTRY_COMPARE(model.rowCount(docs), docsEntries.size());
+        QVERIFY(channelDrained(m_account));
+        const QModelIndex source = docs.parent();
+        QSignalSpy errors(&model, &BaseModel::error);
+
+        // "docs" is listed anew, and its folder closes before the answer comes.
+        model.onUpdate(docs);
+        model.onCollapse(source);
+        QVERIFY(!source.data(StorageBackupModel::LoadedRole).toBool());
+        QVERIFY(errors.wait());
+        QCOMPARE(errors.first().first().toString(), QStringLiteral("This tree node is deleted..."));
+
+        // The folder opens again whole.
+        const QModelIndex again = open(model, source, QStringLiteral("docs"));
+        QVERIFY(again.isValid());
+        if (model.canFetchMore(again))
+            model.fetchMore(again);
+        QTRY_COMPARE(model.rowCount(again), docsEntries.size());
+        QVERIFY(channelDrained(m_account));
+        QCOMPARE(names(model, again), docsEntries);
+    }
+
+    // Last: the spare account leaves the shared list for good.
+    void replyForRemovedAccountIsDropped()
+    {
+        StorageBackupModel model;
+        Tester tester(&model, Tester::FailureReportingMode::QtTest);
+        QVERIFY(model.init());
+        const int before = model.rowCount();
+        const QModelIndex spare = accountRow(model, m_spare);
+        QVERIFY(spare.isValid());
+        QSignalSpy errors(&model, &BaseModel::error);
+        if (model.canFetchMore(spare))
+            model.fetchMore(spare);
+        m_console->model()->removeStorage(m_spare);
+        QCOMPARE(model.rowCount(), before - 1);
+        QVERIFY(!accountRow(model, m_spare).isValid());
+        QVERIFY(accountRow(model, m_account).isValid());
+        QVERIFY(errors.wait());
+        QCOMPARE(errors.first().first().toString(), QStringLiteral("This destination is not registrate on system"));
+    }
+};
+
+QTEST_MAIN(TestStorageBackupModel)
+#include "tst_storage_backup_model.moc"
