@@ -100,6 +100,7 @@ int listingRun(const QString& kind, const QString& root, int entries)
 {
     const QString big = root + QStringLiteral("/big");
     QTreeView view;
+    view.setUniformRowHeights(true); // as the source page's tree
     view.resize(400, 600);
     view.show();
     QFileSystemModel files;

@@ -25,6 +25,9 @@ BackupPlanEditWizard::PageSource::PageSource(QWidget* parent)
     showHidden->setCheckable(true);
     showHidden->setChecked(false);
     treeView->setItemDelegateForColumn(0, new IncompleteStateDelegate(treeView));
+    // Every row is an icon and a name: a folder of many thousand entries is laid out without
+    // measuring each row.
+    treeView->setUniformRowHeights(true);
     auto* legend = new QLabel(QStringLiteral("<a href=#><span>%1</span></a>").arg(tr("Legend")), this);
     legend->setTextInteractionFlags(Qt::LinksAccessibleByMouse);
     connect(legend, &QLabel::linkActivated, this, &PageSource::onShowLegend);

@@ -121,7 +121,8 @@ private:
                 if (model->canFetchMore(index))
                     model->fetchMore(index);
             }
-            QTest::qWaitFor([&] { return model->indexByPath(walked).isValid(); }, 10000);
+            if (!QTest::qWaitFor([&] { return model->indexByPath(walked).isValid(); }, 10000))
+                return {};
             index = model->indexByPath(walked);
         }
         return index;
