@@ -1,10 +1,12 @@
 #include "backup_wizard/page_summary.h"
 
+#include "platform/communication/connection_manager.h"
 #include "platform/plan/backup_disk_image.h"
 #include "platform/plan/backup_file.h"
 #include "wizard/page_cloud.h"
 #include "wizard/plan_edit_wait.h"
 
+#include <QMessageBox>
 #include <QWizard>
 
 #include <memory>
@@ -41,6 +43,17 @@ bool BackupPlanEditWizard::PageSummary::validatePage()
     if (auto* cloud = qobject_cast<PlanWizardBase::PageCloud*>(owner->page(0)); cloud && cloud->isSingle())
         plan->setStorage(QUuid(field(QLatin1String(PlanWizardBase::PageCloud::FieldId)).toString()));
 
+    // Without the service nothing can be saved; say so rather than let Done do nothing.
+    auto connection = TWB::Common::Communication::ConnectionManager::instance();
+    if (!connection || !connection->isLocalManagmentConnected()) {
+        QMessageBox box(QMessageBox::Warning, owner->windowTitle(),
+            tr("The backup service is not running, so the plan was not saved. The console is starting the "
+               "service again: press %1 once it is connected.")
+                .arg(owner->buttonText(QWizard::FinishButton).remove(QLatin1Char('&'))),
+            QMessageBox::Ok, owner, Qt::Sheet);
+        box.exec();
+        return false;
+    }
     PlanEditWait wait(edit, this);
     wait.setPlan(plan->id(), plan->toXml(), field(QLatin1String(FieldRunNow)).toBool());
     return wait.result() == QDialog::Accepted;

@@ -411,6 +411,34 @@ private Q_SLOTS:
         }
     }
 
+    // Last: it stops the service.
+    void doneWithoutTheServiceSaysSoAndKeepsThePages()
+    {
+        BackupPlanEditWizard wizard;
+        wizard.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&wizard));
+        auto* cloud = static_cast<PlanWizardBase::PageCloud*>(wizard.page(0));
+        static_cast<Settings::Storages::EditList*>(cloud->list())
+            ->view()
+            ->setCurrentIndex(static_cast<Settings::Storages::EditList*>(cloud->list())->view()->model()->index(0, 0));
+        next(wizard);
+        QTest::keyClicks(wizard.page(1)->findChild<QLineEdit*>(), QStringLiteral("Offline"));
+        next(wizard);
+        tick(static_cast<BackupPlanEditWizard::PageSource*>(wizard.page(2)), QStringLiteral("photos"), Qt::Checked);
+        while (wizard.currentId() != 6 && !QTest::currentTestFailed())
+            next(wizard);
+        QVERIFY2(m_service->terminate(), qPrintable(m_service->output()));
+        m_service.reset();
+        QTRY_VERIFY(!ConnectionManager::instance()->isLocalManagmentConnected());
+        ModalAnswerer told(QMessageBox::Ok);
+        QTest::mouseClick(wizard.button(QWizard::FinishButton), Qt::LeftButton);
+        QVERIFY(told.wait());
+        QVERIFY2(told.text().startsWith(QStringLiteral("The backup service is not running")), qPrintable(told.text()));
+        QCOMPARE(wizard.currentId(), 6);
+        QVERIFY(wizard.isVisible());
+        QCOMPARE(wizard.field(QStringLiteral("Field_PlanName")).toString(), QStringLiteral("Offline"));
+    }
+
     void initTestCase()
     {
         m_env = std::make_unique<TestEnvironment>();
