@@ -4,8 +4,10 @@
 #include "widgets/icon_manager.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QJsonObject>
 #include <QStyle>
+#include <QTimer>
 #include <QtConcurrent>
 
 #include <algorithm>
@@ -80,14 +82,47 @@ FileSystemCheckedModel::FileSystemCheckedModel(const QJsonArray& volumes, QObjec
 
 void FileSystemCheckedModel::connectRelay()
 {
-    connect(relay.get(), &ListingRelay::listed, this, &FileSystemCheckedModel::listed);
-    connect(relay.get(), &ListingRelay::failed, this, &FileSystemCheckedModel::listingFailed);
+    connect(relay.get(), &ListingRelay::listed, this, [this](const QString& path, const FileNodeBatch& items) {
+        deliver([this, path, items] { emit listed(path, items); });
+    });
+    connect(relay.get(), &ListingRelay::failed, this, [this](const QString& path, const QString& error) {
+        deliver([this, path, error] { emit listingFailed(path, error); });
+    });
     connect(relay.get(), &ListingRelay::finished, this, [this] {
-        if (--listingsInFlight == 0)
-            emit listingFinished();
+        deliver([this] {
+            if (--listingsInFlight == 0)
+                emit listingFinished();
+        });
     });
     connect(this, &FileSystemCheckedModel::listed, this, &FileSystemCheckedModel::onResult);
     connect(this, &FileSystemCheckedModel::listingFailed, this, &BaseFilesModel::onListingError);
+}
+
+void FileSystemCheckedModel::deliver(std::function<void()> step)
+{
+    deliveries.push_back(std::move(step));
+    if (!drainScheduled) {
+        drainScheduled = true;
+        QTimer::singleShot(0, this, &FileSystemCheckedModel::drain);
+    }
+}
+
+void FileSystemCheckedModel::drain()
+{
+    // A slice costs about a millisecond: a few of them, then the event loop gets its turn.
+    constexpr qint64 budgetMs = 8;
+    drainScheduled = false;
+    QElapsedTimer clock;
+    clock.start();
+    while (!deliveries.empty() && clock.elapsed() < budgetMs) {
+        std::function<void()> step = std::move(deliveries.front());
+        deliveries.pop_front();
+        step();
+    }
+    if (!deliveries.empty() && !drainScheduled) {
+        drainScheduled = true;
+        QTimer::singleShot(0, this, &FileSystemCheckedModel::drain);
+    }
 }
 
 FileSystemCheckedModel::~FileSystemCheckedModel() = default;

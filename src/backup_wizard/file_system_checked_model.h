@@ -8,6 +8,8 @@
 #include <QJsonArray>
 #include <QSet>
 
+#include <deque>
+#include <functional>
 #include <memory>
 
 namespace TWB::GUI {
@@ -65,6 +67,10 @@ protected:
 
 private:
     void connectRelay();
+    /// Queues what a listing reports, in order; drain() hands it to the model a few milliseconds at a
+    /// time, so that a worker that reports a huge folder at once never holds the GUI thread for long.
+    void deliver(std::function<void()> step);
+    void drain();
     static void list(const std::shared_ptr<ListingRelay>& relay, const QStringList& paths, int option);
     static std::unique_ptr<FileNode> nodeFromEntry(const FileSystemListing::Entry& entry);
     /// Nodes in state `first`, then those in `second`, whose parent is in one of the two parent states.
@@ -77,6 +83,8 @@ private:
     FileSystemListing volumeListing;
     std::shared_ptr<ListingRelay> relay;
     int listingsInFlight = 0;
+    std::deque<std::function<void()>> deliveries;
+    bool drainScheduled = false;
 };
 
 } // namespace TWB::GUI
