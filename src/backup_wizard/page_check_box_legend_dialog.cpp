@@ -35,7 +35,11 @@ void PageCheckBoxLegendDialog::init()
         auto* picture = new QLabel(this);
         auto* text = new QLabel(state.second, this);
         text->setWordWrap(true);
-        text->setMinimumWidth(360);
+        // A wrapped label does not tell the dialog how tall it gets: fix its width and give it the
+        // height that width needs.
+        constexpr int textWidth = 400;
+        text->setFixedWidth(textWidth);
+        text->setMinimumHeight(text->heightForWidth(textWidth));
         layout->addRow(picture, text);
         rows.insert(state.first, {picture, text});
     }

@@ -4,6 +4,7 @@
 #include "backup_wizard/backup_plan_edit_wizard.h"
 #include "backup_wizard/file_system_checked_model.h"
 #include "backup_wizard/page_advanced_filter.h"
+#include "backup_wizard/page_check_box_legend_dialog.h"
 #include "backup_wizard/page_backup_actions.h"
 #include "backup_wizard/page_name.h"
 #include "backup_wizard/page_source.h"
@@ -409,6 +410,13 @@ private Q_SLOTS:
             QCOMPARE(wizard.currentId(), id);
             QVERIFY(wizard.grab().save(QStringLiteral("%1/page_%2.png").arg(folder).arg(id)));
         }
+        // The legend the source page offers beside its tree.
+        static_cast<BackupPlanEditWizard::PageSource*>(wizard.page(2))->onShowLegend();
+        auto* legend = wizard.findChild<PageCheckBoxLegendDialog*>();
+        QVERIFY(legend);
+        QVERIFY(QTest::qWaitForWindowExposed(legend));
+        QVERIFY(legend->grab().save(folder + QStringLiteral("/legend.png")));
+        legend->close();
     }
 
     // Last: it stops the service.
