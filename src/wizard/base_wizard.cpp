@@ -51,9 +51,11 @@ void BaseWizard::showEvent(QShowEvent* event)
 
 void BaseWizard::paintEvent(QPaintEvent* event)
 {
+    bool drawn = false;
     if (wizardStyle() == QWizard::MacStyle && currentPage()) {
         const QPixmap background = currentPage()->pixmap(QWizard::BackgroundPixmap);
         if (!background.isNull()) {
+            drawn = true;
             const qreal ratio = ratioOf(background);
             QPainter painter(this);
             painter.drawPixmap(0, int(height() - background.height() / ratio), background);
@@ -61,7 +63,10 @@ void BaseWizard::paintEvent(QPaintEvent* event)
             setFixedHeight(qRound(background.height() / ratio));
         }
     }
-    QWizard::paintEvent(event);
+    // In this style QWizard paints nothing but the background, and paints it at the pixmap's device
+    // size, which is twice too tall on a high-density screen.
+    if (!drawn)
+        QWizard::paintEvent(event);
     if (currentPage() && headerWidget) {
         const QPixmap banner = currentPage()->pixmap(QWizard::BannerPixmap);
         if (!banner.isNull())
