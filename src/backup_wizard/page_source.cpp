@@ -11,6 +11,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QMessageBox>
+#include <QSet>
 #include <QTreeView>
 #include <QVBoxLayout>
 #include <QWizard>
@@ -62,6 +63,28 @@ QAbstractItemModel* BackupPlanEditWizard::PageSource::proxyToSource(QAbstractIte
 FileSystemCheckedModel* BackupPlanEditWizard::PageSource::sourceModel() const
 {
     return qobject_cast<FileSystemCheckedModel*>(proxyToSource(proxy));
+}
+
+void BackupPlanEditWizard::PageSource::initializePage()
+{
+    PlanWizardBase::PageSource::initializePage();
+    FileSystemCheckedModel* model = sourceModel();
+    if (!model)
+        return;
+    QSet<const void*> opened;
+    const QStringList marked = model->includePath(true) + model->excludePath(true);
+    for (const QString& path : marked) {
+        // Parents first, so that each expand finds its folder already shown.
+        QModelIndexList chain;
+        for (QModelIndex parent = model->indexByPath(path).parent(); parent.isValid(); parent = parent.parent())
+            chain.prepend(parent);
+        for (const QModelIndex& parent : qAsConst(chain)) {
+            if (!opened.contains(parent.internalPointer())) {
+                opened.insert(parent.internalPointer());
+                treeView->expand(proxy->mapFromSource(parent));
+            }
+        }
+    }
 }
 
 int BackupPlanEditWizard::PageSource::nextId() const

@@ -18,6 +18,8 @@ class TWBCONSOLE_EXPORT BackupPlanEditWizard::PageSource : public PlanWizardBase
 public:
     explicit PageSource(QWidget* parent = nullptr);
 
+    /// Opens the tree down to every mark the plan holds, so that an edited plan shows its choices.
+    void initializePage() override;
     int nextId() const override;
     bool isComplete() const override;
     bool validatePage() override;

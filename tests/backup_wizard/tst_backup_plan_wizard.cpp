@@ -298,7 +298,9 @@ private Q_SLOTS:
             QVERIFY2(index.isValid(), qPrintable(mark.key()));
             QCOMPARE(index.data(Qt::CheckStateRole).toInt(), mark.value());
         }
-        // Walking it through saves the same plan: the pages keep every choice.
+        // Walking it through saves the same plan: the pages keep every choice, and the tree opens
+        // itself down to the plan's marks.
+        source->view()->collapseAll();
         edit->show();
         QVERIFY(QTest::qWaitForWindowExposed(edit.get()));
         QList<int> path {edit->currentId()};
@@ -306,6 +308,11 @@ private Q_SLOTS:
             ModalAnswerer none(QMessageBox::Ok, 300);
             next(*edit);
             path << edit->currentId();
+            if (edit->currentId() == 2) {
+                auto* proxy = static_cast<QAbstractProxyModel*>(source->view()->model());
+                const QModelIndex docs = source->sourceModel()->indexByPath(m_tree + QStringLiteral("/docs"));
+                QVERIFY(source->view()->isExpanded(proxy->mapFromSource(docs)));
+            }
             QVERIFY2(!none.wait(300), qPrintable(none.text())); // an unchanged password asks nothing
         }
         QCOMPARE(path, m_path);
