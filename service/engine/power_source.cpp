@@ -31,9 +31,11 @@ bool PowerSource::onBattery(const QString& folder)
         const QString path = folder + QLatin1Char('/') + supply;
         if (firstLine(path + QStringLiteral("/type")) != "Mains")
             continue;
-        if (firstLine(path + QStringLiteral("/online")) == "1")
+        // An "online" that does not read says nothing: a backup is not stopped on a guess.
+        const QByteArray online = firstLine(path + QStringLiteral("/online"));
+        if (online == "1")
             return false;
-        mains = true;
+        mains = mains || online == "0";
     }
     return mains;
 }

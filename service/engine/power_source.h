@@ -13,6 +13,7 @@ public:
     /// The folder of the power supplies: `$TWB_POWER_SUPPLY_DIR`, else /sys/class/power_supply.
     static QString folder();
     /// Reads the supplies in `folder`: for each one its "type", and "online" for mains, a few bytes each.
+    /// A mains supply whose "online" does not read is left out.
     static bool onBattery(const QString& folder = PowerSource::folder());
 };
 
