@@ -434,7 +434,8 @@ private Q_SLOTS:
             m_client->clearNotifications();
             return EngineTestSupport::save(*m_client, *plan);
         };
-        EngineTestSupport::setOption(m_service->dataDir(), QStringLiteral("BackUpOnBattery"), QStringLiteral("false"));
+        const QJsonObject options {{QStringLiteral("BackUpOnBattery"), QStringLiteral("false")}};
+        QVERIFY(m_client->call(QStringLiteral("SetProductOptions"), {{QStringLiteral("options"), options}}).success);
         plugIn(false);
 
         QVERIFY(runAt(2));
