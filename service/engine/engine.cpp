@@ -7,9 +7,11 @@
 #include "platform/plan/restore_file.h"
 #include "service/store/account_store.h"
 #include "service/engine/backup_run.h"
+#include "service/engine/power_source.h"
 #include "service/store/database.h"
 #include "service/store/history_store.h"
 #include "service/store/plan_store.h"
+#include "service/store/product_options.h"
 #include "service/engine/repository_sync.h"
 #include "service/engine/restore_run.h"
 #include "service/engine/run_state.h"
@@ -87,7 +89,7 @@ void Engine::shutdown()
     m_syncs.clear();
 }
 
-void Engine::start(const QUuid& id, bool forceFull)
+void Engine::start(const QUuid& id, bool forceFull, bool scheduled)
 {
     if (m_runs.contains(id))
         throw QStringLiteral("The plan %1 is running already").arg(id.toString());
@@ -110,17 +112,23 @@ void Engine::start(const QUuid& id, bool forceFull)
     const auto* restoreFiles = dynamic_cast<const TWB::Info::Plan::RestoreFile*>(plan.get());
     if ((backupFiles && backupFiles->items().isEmpty()) || (restoreFiles && restoreFiles->restoreItems().isEmpty()))
         throw QStringLiteral("The plan \"%1\" names no files or folders").arg(plan->name());
+    const bool backup = plan->subtype() == TWB::Info::Plan::Base::KindBackup;
+    const bool guardPower = scheduled && backup && !ProductOptions(m_places.optionsFile()).backUpOnBattery();
+    if (guardPower && PowerSource::onBattery())
+        throw QStringLiteral("The computer runs on battery power, and backups on battery power are turned off");
 
     PlanRun* run = nullptr;
-    if (plan->subtype() == TWB::Info::Plan::Base::KindBackup)
+    if (backup)
         run = new BackupRun(m_database, m_places, plan, this);
     else
         run = new RestoreRun(m_database, m_places, plan, this);
+    if (guardPower)
+        run->stopOnBattery();
 
     RunRecord history;
     history.plan = id;
     history.planName = record->name;
-    history.operation = plan->subtype() == TWB::Info::Plan::Base::KindBackup ? 0 : 1;
+    history.operation = backup ? 0 : 1;
     history.result = RunState::Running;
     history.start = QDateTime::currentDateTimeUtc();
     {

@@ -36,8 +36,10 @@ public:
     /// Ends every run as interrupted by the service's stop, and their processes with them.
     void shutdown();
 
-    /// Starts a run; throws the reason when the plan cannot run now.
-    void start(const QUuid& plan, bool forceFull);
+    /// Starts a run; throws the reason when the plan cannot run now. A scheduled backup does not start
+    /// on battery power, and stops when the machine goes on battery, while "BackUpOnBattery" is
+    /// "false"; a run the user asked for is the user's choice and runs to its end.
+    void start(const QUuid& plan, bool forceFull, bool scheduled = false);
     bool isRunning(const QUuid& plan) const { return m_runs.contains(plan); }
     /// Asks a run to stop; a plan that is not running is left as it is.
     void stop(const QUuid& plan);

@@ -3,6 +3,7 @@
 #include "platform/logging/twl_debug.h"
 #include "platform/plan/base.h"
 #include "service/engine/backend_mapping.h"
+#include "service/engine/power_source.h"
 #include "service/engine/run_state.h"
 
 #include <QDir>
@@ -34,6 +35,14 @@ PlanRun::PlanRun(
     m_limitTimer.setSingleShot(true);
     m_limitTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_limitTimer, &QTimer::timeout, this, [this] { stop(StopReason::TimeLimit); });
+    m_powerTimer.setInterval(powerPollMs());
+    connect(&m_powerTimer, &QTimer::timeout, this, [this] {
+        if (PowerSource::onBattery()) {
+            TWL::TwlDebug("TWB").info() << "The machine went on battery during the run of" << planId().toString();
+            m_powerTimer.stop();
+            stop(StopReason::BatteryPower);
+        }
+    });
 }
 
 PlanRun::~PlanRun() = default;
@@ -88,6 +97,12 @@ void PlanRun::stop(StopReason reason)
     }
 }
 
+void PlanRun::stopOnBattery()
+{
+    if (!m_finished)
+        m_powerTimer.start();
+}
+
 QString PlanRun::stopMessage() const
 {
     if (!m_stop)
@@ -104,13 +119,20 @@ QString PlanRun::stopMessage() const
     }
     case StopReason::Shutdown:
         return QStringLiteral("The service stopped during the run");
+    case StopReason::BatteryPower:
+        return QStringLiteral("Stopped because the computer switched to battery power");
     }
     return QString();
 }
 
+int PlanRun::stoppedState() const
+{
+    return m_stop == StopReason::BatteryPower ? RunState::InterruptedByBattery : RunState::Interrupted;
+}
+
 void PlanRun::onStopped()
 {
-    complete(RunState::Interrupted, stopMessage());
+    complete(stoppedState(), stopMessage());
 }
 
 void PlanRun::call(const EngineCall& call, EngineProcess::LineHandler onLine, Done done, const QByteArray& input)
@@ -215,6 +237,7 @@ void PlanRun::complete(int state, const QString& message)
     m_finished = true;
     m_progressTimer.stop();
     m_limitTimer.stop();
+    m_powerTimer.stop();
     m_steps->interrupt(3000);
     state = finalState(state);
     QStringList parts;

@@ -51,7 +51,10 @@ class PlanRun : public QObject
     Q_OBJECT
     Q_DISABLE_COPY(PlanRun)
 public:
-    enum class StopReason { User, TimeLimit, Shutdown };
+    enum class StopReason { User, TimeLimit, Shutdown, BatteryPower };
+
+    /// How often a run that must not go on on battery looks at the power source.
+    static constexpr int powerPollMs() { return 5000; }
 
     PlanRun(Database& database, const RunPlaces& places, std::shared_ptr<const TWB::Info::Plan::Base> plan,
         QObject* parent = nullptr);
@@ -67,6 +70,8 @@ public:
     /// Interrupts the process that runs now; the run ends as interrupted.
     void stop(StopReason reason);
     bool isStopping() const { return m_stop.has_value(); }
+    /// From now on the run stops, as a user's stop does, when the machine goes on battery.
+    void stopOnBattery();
 
 Q_SIGNALS:
     /// A "plan progress" message, without the notification's envelope.
@@ -113,6 +118,8 @@ protected:
 
     QString runFolder() const;
     QString stopMessage() const;
+    /// The state a stopped run ends in: interrupted, or interrupted by battery power.
+    int stoppedState() const;
 
     Database& m_database;
     RunPlaces m_places;
@@ -126,6 +133,7 @@ private:
     QString m_folderError;
     QTimer m_progressTimer;
     QTimer m_limitTimer;
+    QTimer m_powerTimer;
     QElapsedTimer m_clock;
     std::optional<StopReason> m_stop;
     QStringList m_warnings;

@@ -283,7 +283,7 @@ void RestoreRun::place()
     connect(placing, &StagedRestore::finished, this, [this, skipped] {
         m_result.fileCount = m_result.uploadedCount + *skipped + m_result.failedCount;
         if (isStopping()) {
-            end(RunState::Interrupted, stopMessage());
+            end(stoppedState(), stopMessage());
             return;
         }
         end(RunState::Success,
@@ -307,7 +307,7 @@ void RestoreRun::end(int state, const QString& message)
 
 void RestoreRun::onStopped()
 {
-    end(RunState::Interrupted, stopMessage());
+    end(stoppedState(), stopMessage());
 }
 
 void RestoreRun::interruptStep()

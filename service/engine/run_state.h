@@ -21,6 +21,7 @@ enum State : int {
     RunningPostBackupAction = 18,
     Preparing = 19,
     Downloading = 20,
+    InterruptedByBattery = 101,
 };
 
 /// The state's name as progress notifications carry it in "status".
@@ -53,6 +54,8 @@ inline QString name(int state)
         return QStringLiteral("Preparing");
     case Downloading:
         return QStringLiteral("Downloading");
+    case InterruptedByBattery:
+        return QStringLiteral("InterruptedBySwitchingToBatteryPower");
     default:
         return QStringLiteral("Unknown");
     }

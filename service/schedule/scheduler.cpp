@@ -139,7 +139,7 @@ void Scheduler::pass(bool atStart)
                 try {
                     TWL::TwlDebug("TWB").info()
                         << (atStart ? "Running the missed plan" : "Running the scheduled plan") << plan.id.toString();
-                    m_engine.start(plan.id, fullDue);
+                    m_engine.start(plan.id, fullDue, true);
                 } catch (const QString& text) {
                     // A run that could not start is a result of its own: the plan list shows it.
                     try {

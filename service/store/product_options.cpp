@@ -22,6 +22,7 @@ const QMap<QString, QRegularExpression>& patterns()
         {QStringLiteral("RetentionUseBackupDate"), flag},
         {QStringLiteral("Cloud Bandwidth"), bandwidth},
         {QStringLiteral("Local Bandwidth"), bandwidth},
+        {QStringLiteral("BackUpOnBattery"), flag},
     };
     return table;
 }
@@ -43,6 +44,12 @@ QStringList ProductOptions::bandwidthArguments(int storageType) const
         return {};
     return {QStringLiteral("--limit-upload"), QString::number(limit), QStringLiteral("--limit-download"),
         QString::number(limit)};
+}
+
+bool ProductOptions::backUpOnBattery() const
+{
+    const QSettings options(m_file, QSettings::IniFormat);
+    return options.value(QStringLiteral("BackUpOnBattery")).toString() != QLatin1String("false");
 }
 
 QStringList ProductOptions::knownKeys()

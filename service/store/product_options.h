@@ -16,9 +16,11 @@ public:
     /// restic's speed limits for a storage of that type: "Local Bandwidth" for file-system
     /// accounts, "Cloud Bandwidth" for the others, in KByte/s both ways; none when unset.
     QStringList bandwidthArguments(int storageType) const;
+    /// Whether backups may run on battery power: "BackUpOnBattery", true unless it says "false".
+    bool backUpOnBattery() const;
 
-    /// The options a console may read and set: the retention of plans with the default policy and the
-    /// speed limits.
+    /// The options a console may read and set: the retention of plans with the default policy, the
+    /// speed limits and backups on battery.
     static QStringList knownKeys();
     /// Every known option by key; an unset one is "".
     QMap<QString, QString> values() const;

@@ -83,7 +83,8 @@ private Q_SLOTS:
             {QStringLiteral("SerializationSupportRetentionTime"), QStringLiteral("400")},
             {QStringLiteral("RetentionDeleteLastVersion"), QStringLiteral("true")},
             {QStringLiteral("RetentionUseBackupDate"), QStringLiteral("false")},
-            {QStringLiteral("Cloud Bandwidth"), QString()}, {QStringLiteral("Local Bandwidth"), QString()}};
+            {QStringLiteral("Cloud Bandwidth"), QString()}, {QStringLiteral("Local Bandwidth"), QString()},
+            {QStringLiteral("BackUpOnBattery"), QString()}};
         QCOMPARE(productOptions(), expected);
 
         Settings::RetentionPolicy again;

@@ -59,6 +59,16 @@ private:
         return EngineTestSupport::backupPlan(m_account, name, items, password);
     }
 
+    /// The fake power supplies twbd reads: an adapter plugged in or not, and a battery.
+    void plugIn(bool ac)
+    {
+        const QString power = m_root + QStringLiteral("/power");
+        EngineTestSupport::writeFile(power + QStringLiteral("/AC/type"), "Mains\n");
+        EngineTestSupport::writeFile(power + QStringLiteral("/AC/online"), ac ? "1\n" : "0\n");
+        EngineTestSupport::writeFile(power + QStringLiteral("/BAT0/type"), "Battery\n");
+        EngineTestSupport::writeFile(power + QStringLiteral("/BAT0/status"), ac ? "Charging\n" : "Discharging\n");
+    }
+
     void slowDown(bool slow)
     {
         // 200 KByte/s: a few MByte take long enough to be watched and stopped.
@@ -97,15 +107,22 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_service = std::make_unique<ServiceFixture>();
+        m_root = m_service->environment().root();
+        plugIn(true);
+        qputenv("TWB_POWER_SUPPLY_DIR", QFile::encodeName(m_root + QStringLiteral("/power")));
         QVERIFY2(m_service->start(), qPrintable(m_service->process().output()));
         QVERIFY(reconnect());
-        m_root = m_service->environment().root();
         m_storage = m_root + QStringLiteral("/storage");
         m_account = EngineTestSupport::addLocalAccount(*m_client, m_storage, prefix);
         QVERIFY(!m_account.isNull());
     }
 
-    void cleanup() { slowDown(false); }
+    void cleanup()
+    {
+        slowDown(false);
+        plugIn(true);
+        EngineTestSupport::setOption(m_service->dataDir(), QStringLiteral("BackUpOnBattery"), QString());
+    }
 
     void progressArrivesAndAStopLeavesAUsableRepository()
     {
@@ -403,6 +420,59 @@ private Q_SLOTS:
         const QJsonObject after = row(plan->id());
         QCOMPARE(after.value(QStringLiteral("LastRunStatus")).toInt(), 8);
         QCOMPARE(after.value(QStringLiteral("LastRunMessage")).toString(), reason);
+    }
+
+    void scheduledBackupsKeepOffBattery()
+    {
+        const QString source = m_root + QStringLiteral("/unplugged");
+        EngineTestSupport::writeFile(source + QStringLiteral("/file.txt"), "file\n");
+        auto plan = backupPlan(QStringLiteral("Unplugged"), {source}, QStringLiteral("unplugged"));
+        plan->schedule().setEnable(true);
+        plan->schedule().setType(Schedule::SpecificDate);
+        const auto runAt = [&](int seconds) {
+            plan->schedule().setSpecificDate(QDateTime::currentDateTime().addSecs(seconds));
+            m_client->clearNotifications();
+            return EngineTestSupport::save(*m_client, *plan);
+        };
+        const QJsonObject options {{QStringLiteral("BackUpOnBattery"), QStringLiteral("false")}};
+        QVERIFY(m_client->call(QStringLiteral("SetProductOptions"), {{QStringLiteral("options"), options}}).success);
+        plugIn(false);
+
+        QVERIFY(runAt(2));
+        QTRY_VERIFY_WITH_TIMEOUT(row(plan->id()).value(QStringLiteral("NextRun")).toString().isEmpty(), 30000);
+        const QJsonArray refused
+            = EngineTestSupport::history(*m_client, QStringLiteral("HistoryListByPlan"), plan->id());
+        QCOMPARE(refused.size(), 1);
+        QCOMPARE(refused.first().toObject().value(QStringLiteral("Result")).toInt(), 8);
+        QCOMPARE(row(plan->id()).value(QStringLiteral("LastRunMessage")).toString(),
+            QStringLiteral("The scheduled run did not start: The computer runs on battery power, and backups on "
+                           "battery power are turned off"));
+
+        // The user's own run is the user's choice.
+        RunOutcome outcome = EngineTestSupport::run(*m_client, plan->id());
+        QCOMPARE(outcome.status, 6);
+
+        plugIn(true);
+        QVERIFY(runAt(2));
+        outcome = EngineTestSupport::waitForEnd(*m_client, plan->id(), 60000);
+        QVERIFY(outcome.ended);
+        QCOMPARE(outcome.status, 6);
+
+        // Pulled out during the run: stopped as a user's Stop stops it, in its own state.
+        EngineTestSupport::writeFile(
+            source + QStringLiteral("/data.raw"), EngineTestSupport::noise(4 * 1024 * 1024, 9));
+        slowDown(true);
+        QVERIFY(runAt(2));
+        QTRY_COMPARE_WITH_TIMEOUT(row(plan->id()).value(QStringLiteral("Status")).toInt(), 1, 30000);
+        plugIn(false);
+        outcome = EngineTestSupport::waitForEnd(*m_client, plan->id(), 60000);
+        QVERIFY(outcome.ended);
+        QCOMPARE(outcome.status, 101);
+        QCOMPARE(outcome.lastState, 101);
+        QCOMPARE(outcome.message, QStringLiteral("Stopped because the computer switched to battery power"));
+        const QList<QJsonObject> progress = EngineTestSupport::progress(*m_client, plan->id());
+        QVERIFY(!progress.isEmpty());
+        QCOMPARE(progress.last().value(QStringLiteral("status")).toString(), QStringLiteral("Stopping"));
     }
 
     void missedPlansRunAtStartWhenTheyAsk()
