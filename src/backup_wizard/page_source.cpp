@@ -94,13 +94,22 @@ int BackupPlanEditWizard::PageSource::nextId() const
 
 bool BackupPlanEditWizard::PageSource::isComplete() const
 {
+    // Asked on every change of a mark, also for each slice of a listing: a top-level mark tells
+    // whether anything below it is taken, without walking the whole tree.
     const FileSystemCheckedModel* model = sourceModel();
-    return model && !model->includePath(false).isEmpty();
+    if (!model)
+        return false;
+    for (int row = 0; row < model->rowCount(); ++row) {
+        if (model->index(row, 0).data(Qt::CheckStateRole).toInt() != Qt::Unchecked)
+            return true;
+    }
+    return false;
 }
 
 bool BackupPlanEditWizard::PageSource::validatePage()
 {
-    return isComplete();
+    const FileSystemCheckedModel* model = sourceModel();
+    return model && !model->includePath(false).isEmpty();
 }
 
 bool BackupPlanEditWizard::PageSource::initPlan(TWB::Info::Plan::Base* plan)
