@@ -18,8 +18,6 @@ class TWBCONSOLE_EXPORT RestorePlanEditWizard : public PlanWizardBase
 {
     Q_OBJECT
     Q_DISABLE_COPY(RestorePlanEditWizard)
-    Q_PROPERTY(bool IsEdit MEMBER isEdit)
-    Q_PROPERTY(QUuid PlanId MEMBER planId)
 public:
     class PageName;
     class PageSchedule;
@@ -58,9 +56,9 @@ public:
     /// Whether the walk passes the Glacier page: an Amazon S3 storage whose archived files are wanted.
     bool glacierWanted() const;
 
-private:
-    bool isEdit = false;
-    QUuid planId;
+    /// The pages' own choice, except where it names a page this edition leaves out: the notification
+    /// page exists only standalone, so a licence that allows notices leads to the summary instead.
+    int nextId() const override;
 };
 
 } // namespace TWB::GUI
