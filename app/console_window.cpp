@@ -4,6 +4,8 @@
 #include "app/run_progress_delegate.h"
 #include "app/storage_actions.h"
 #include "backup_wizard/backup_plan_edit_wizard.h"
+#include "platform/plan/backup_file.h"
+#include "restore_wizard/restore_plan_edit_wizard.h"
 #include "frame/application.h"
 #include "frame/application_event_controller.h"
 #include "frame/base_model.h"
@@ -215,6 +217,8 @@ QTreeView* ConsoleWindow::makePlanView(const QString& modelName)
         menu.addActions({m_start, m_stop, m_runFull});
         menu.addSeparator();
         menu.addAction(m_edit);
+        if (view == m_backupView)
+            menu.addAction(m_restore);
         menu.addSeparator();
         menu.addAction(m_remove);
         menu.exec(view->viewport()->mapToGlobal(point));
@@ -274,8 +278,13 @@ void ConsoleWindow::buildActions()
 
     m_newBackup = toolbar->addAction(IconManager::icon(IconManager::Add, IconManager::Small), tr("New backup plan"));
     m_newBackup->setToolTip(tr("Create a backup plan with the wizard"));
+    m_newRestore
+        = toolbar->addAction(IconManager::icon(IconManager::Add, IconManager::Small), tr("New restore plan"));
+    m_newRestore->setToolTip(tr("Choose what to bring back from a storage, and where to put it"));
     m_edit = toolbar->addAction(IconManager::icon(IconManager::Edit, IconManager::Small), tr("Edit"));
     m_edit->setToolTip(tr("Change the selected plan"));
+    m_restore = toolbar->addAction(IconManager::icon(IconManager::RestorePlan, IconManager::Small), tr("Restore"));
+    m_restore->setToolTip(tr("Restore what the selected backup plan backs up"));
     toolbar->addSeparator();
     m_start = toolbar->addAction(IconManager::icon(IconManager::BackupPlanRunning, IconManager::Small), tr("Start"));
     m_start->setToolTip(tr("Run the selected plan now"));
@@ -290,7 +299,7 @@ void ConsoleWindow::buildActions()
     m_toolbar = toolbar;
     // A tab without actions leaves the bar empty; it keeps its height so that the tabs do not jump.
     toolbar->setMinimumHeight(toolbar->sizeHint().height());
-    for (QAction* action : {m_newBackup, m_edit, m_start, m_stop, m_runFull, m_remove})
+    for (QAction* action : {m_newBackup, m_newRestore, m_edit, m_restore, m_start, m_stop, m_runFull, m_remove})
         m_toolTips.insert(action, action->toolTip());
     const QList<QAction*> planActions = toolbar->actions();
     setTabActions(m_backupView, planActions);
@@ -308,7 +317,9 @@ void ConsoleWindow::buildActions()
     connect(m_runFull, &QAction::triggered, m_control, [this] { m_control->onChangePlanStatus(true); });
     connect(m_remove, &QAction::triggered, this, &ConsoleWindow::onRemoveClicked);
     connect(m_newBackup, &QAction::triggered, this, &ConsoleWindow::onNewBackupPlan);
+    connect(m_newRestore, &QAction::triggered, this, &ConsoleWindow::onNewRestorePlan);
     connect(m_edit, &QAction::triggered, this, &ConsoleWindow::onEditPlan);
+    connect(m_restore, &QAction::triggered, this, &ConsoleWindow::onRestoreFromPlan);
 }
 
 void ConsoleWindow::setTabActions(QWidget* tab, const QList<QAction*>& actions)
@@ -328,8 +339,11 @@ void ConsoleWindow::updateToolbar()
     const QList<QAction*> shown = m_tabActions.value(m_tabs->currentWidget());
     for (QAction* action : m_toolbar->actions()) {
         bool visible = shown.contains(action);
-        // A restore plan has no full backup to run, and its tab makes no backup plans.
-        if ((action == m_runFull || action == m_newBackup) && m_tabs->currentWidget() == m_restoreView)
+        // Each plan tab makes and acts on plans of its own kind only.
+        const bool restoreTab = m_tabs->currentWidget() == m_restoreView;
+        if ((action == m_runFull || action == m_newBackup || action == m_restore) && restoreTab)
+            visible = false;
+        if (action == m_newRestore && !restoreTab)
             visible = false;
         action->setVisible(visible);
     }
@@ -370,9 +384,11 @@ void ConsoleWindow::onStatusChanged(int subType, int status)
     m_stop->setEnabled(known && status == 1);
     m_runFull->setEnabled(known && subType == 1 && status == 2);
     m_remove->setEnabled(known && status == 2);
-    // Restore plans get their own wizard; a running plan is edited once it stops.
-    m_edit->setEnabled(known && subType == 1 && status == 2);
+    // A running plan is edited once it stops; restoring reads the storage and may go on beside a backup.
+    m_edit->setEnabled(known && status == 2);
+    m_restore->setEnabled(known && subType == 1);
     m_newBackup->setEnabled(!m_away);
+    m_newRestore->setEnabled(!m_away);
 }
 
 void ConsoleWindow::setServiceAway(bool away)
@@ -443,19 +459,56 @@ void ConsoleWindow::onNewBackupPlan()
 
 void ConsoleWindow::onEditPlan()
 {
-    if (m_currentPlan.isNull())
+    TWB::Info::Plan::Base* plan = currentPlanDocument(tr("Edit plan"));
+    if (!plan)
         return;
+    if (plan->subtype() == TWB::Info::Plan::Base::KindRestore) {
+        std::unique_ptr<TWB::GUI::RestorePlanEditWizard> wizard(
+            TWB::GUI::RestorePlanEditWizard::createWizard(plan, this));
+        wizard->exec();
+        return;
+    }
+    std::unique_ptr<TWB::GUI::BackupPlanEditWizard> wizard(TWB::GUI::BackupPlanEditWizard::createWizard(plan, this));
+    wizard->exec();
+}
+
+TWB::Info::Plan::Base* ConsoleWindow::currentPlanDocument(const QString& title)
+{
+    if (m_currentPlan.isNull())
+        return nullptr;
     auto list = TWB::GUI::PlanXmlList::instance();
     TWB::Info::Plan::Base* plan = list ? list->plan(m_currentPlan) : nullptr;
     if (!plan) {
         // The plan's document comes with its row; without it there is nothing to fill the pages from.
         if (list)
             list->getPlan(m_currentPlan);
-        QMessageBox::information(this, tr("Edit plan"),
+        QMessageBox::information(this, title,
             tr("The settings of this plan are still being read from the backup service. Try again in a moment."));
-        return;
     }
-    std::unique_ptr<TWB::GUI::BackupPlanEditWizard> wizard(TWB::GUI::BackupPlanEditWizard::createWizard(plan, this));
+    return plan;
+}
+
+void ConsoleWindow::onNewRestorePlan()
+{
+    TWB::GUI::RestorePlanEditWizard wizard(this);
+    wizard.exec();
+}
+
+void ConsoleWindow::onRestoreFromPlan()
+{
+    auto* backup = dynamic_cast<TWB::Info::Plan::BackupFile*>(currentPlanDocument(tr("Restore")));
+    if (!backup)
+        return;
+    // The plan's own password opens its backup: the user need not type it again.
+    std::unique_ptr<TWB::GUI::RestorePlanEditWizard> wizard(
+        TWB::GUI::RestorePlanEditWizard::createWizardFromBackupPlan(backup, true, this));
+    wizard->exec();
+}
+
+void ConsoleWindow::restoreFromStorage(const QUuid& storage, const QStringList& items)
+{
+    std::unique_ptr<TWB::GUI::RestorePlanEditWizard> wizard(
+        TWB::GUI::RestorePlanEditWizard::createWizardFromBackupStorage(storage, items, this));
     wizard->exec();
 }
 

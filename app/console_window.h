@@ -21,6 +21,10 @@ class BaseModel;
 class PlanControlObject;
 } // namespace TWB::GUI
 
+namespace TWB::Info::Plan {
+class Base;
+} // namespace TWB::Info::Plan
+
 namespace TWB::Host {
 
 class RunProgressDelegate;
@@ -53,6 +57,10 @@ public:
     QAction* removeAction() const { return m_remove; }
     QAction* newBackupAction() const { return m_newBackup; }
     QAction* editAction() const { return m_edit; }
+    QAction* newRestoreAction() const { return m_newRestore; }
+    QAction* restoreAction() const { return m_restore; }
+    /// Opens the restore wizard on `items` of the storage account `storage`.
+    void restoreFromStorage(const QUuid& storage, const QStringList& items);
     /// The plan the controls act on: the one selected on the plan tab in view, or none.
     QUuid currentPlan() const { return m_currentPlan; }
     QToolBar* toolBar() const { return m_toolbar; }
@@ -88,6 +96,10 @@ private:
     void onNewBackupPlan();
     /// Opens the selected plan in its wizard.
     void onEditPlan();
+    void onNewRestorePlan();
+    void onRestoreFromPlan();
+    /// The selected plan's document, or null after telling the user it is still being read.
+    TWB::Info::Plan::Base* currentPlanDocument(const QString& title);
     void onCurrentPlanRemoved(const QUuid& id);
     void onPlanProgress(const QUuid& id);
     void refreshAfterReconnection();
@@ -105,6 +117,8 @@ private:
     QAction* m_remove = nullptr; // owned by parent-child
     QAction* m_newBackup = nullptr; // owned by parent-child
     QAction* m_edit = nullptr; // owned by parent-child
+    QAction* m_newRestore = nullptr; // owned by parent-child
+    QAction* m_restore = nullptr; // owned by parent-child
     QToolBar* m_toolbar = nullptr; // owned by parent-child
     QHash<QWidget*, QList<QAction*>> m_tabActions;
     QHash<QAction*, QString> m_toolTips; // each plan action's own tip, while the service answers
