@@ -32,8 +32,8 @@ bool RestorePlanEditWizard::PageSummary::validatePage()
     // A fresh plan, never the one loaded: what no visited page writes keeps the new object's default.
     auto plan = std::make_shared<TWB::Info::Plan::RestoreFile>();
     const bool edit = owner->property("IsEdit").toBool();
-    if (edit)
-        plan->setId(owner->property("PlanId").toUuid());
+    // A new plan is named here, so that the wait can find its row when the service adds it.
+    plan->setId(edit ? owner->property("PlanId").toUuid() : QUuid::createUuid());
     const auto visited = owner->visitedIds();
     for (int id : visited) {
         if (auto* page = qobject_cast<PageBase*>(owner->page(id)))
