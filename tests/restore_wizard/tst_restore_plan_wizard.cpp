@@ -60,15 +60,16 @@ private:
     QMap<QString, QByteArray> m_first, m_second; // the source after each backup
     QDateTime m_between;
 
-    /// Walks a wizard from its first page to Finish with the fields `choices` on the pages that own
-    /// them, and returns the ids walked, or an empty list where a page would not let go.
-    QList<int> walk(RestorePlanEditWizard& wizard, const QVariantHash& choices)
+    /// Walks a wizard from the page it shows to the page `stop`, or through Finish when `stop` is the
+    /// summary, with the fields `choices` set on the way; returns the ids walked, or an empty list
+    /// where a page would not let go.
+    QList<int> walk(RestorePlanEditWizard& wizard, const QVariantHash& choices, int stop = 6)
     {
         wizard.show();
         if (!QTest::qWaitForWindowExposed(&wizard))
             return {};
         QList<int> walked {wizard.currentId()};
-        while (wizard.currentId() != 6) {
+        while (wizard.currentId() != stop) {
             const auto fields = choices.keys();
             for (const QString& field : fields)
                 wizard.setField(field, choices.value(field));
@@ -76,6 +77,8 @@ private:
                 return {};
             walked << wizard.currentId();
         }
+        if (stop != 6)
+            return walked;
         QTest::mouseClick(wizard.button(QWizard::FinishButton), Qt::LeftButton);
         if (!QTest::qWaitFor([&] { return !wizard.isVisible(); }, 30000) || wizard.result() != QDialog::Accepted)
             return {};
@@ -162,15 +165,78 @@ private Q_SLOTS:
             choices.insert(QStringLiteral("Field_TypeUseLatestVersion;"), true);
         }
         const QUuid before = PlanXmlList::instance()->lastCreatedPlan();
-        const QList<int> walked = walk(*wizard, choices);
         // The storage is settled: the walk starts on the name page, with no way back to the storage page.
-        QCOMPARE(walked.mid(0, 5), (QList<int> {1, 102, 2, 101, 103}));
+        QCOMPARE(walk(*wizard, choices, 103), (QList<int> {1, 102, 2, 101, 103}));
+        if (fromStorage) {
+            // Nothing told the wizard the password: a wrong one is refused, the right one opens the backup.
+            auto* refusal = wizard->page(103)->findChild<QWidget*>(QStringLiteral("refusal"));
+            QVERIFY(refusal);
+            wizard->setField(QStringLiteral("Field_RestoreEncryptionPassword"), QStringLiteral("not it"));
+            QTRY_VERIFY(wizard->button(QWizard::NextButton)->isEnabled());
+            QTest::mouseClick(wizard->button(QWizard::NextButton), Qt::LeftButton);
+            QTRY_VERIFY_WITH_TIMEOUT(refusal->isVisible(), 20000);
+            QCOMPARE(wizard->currentId(), 103);
+            choices.insert(QStringLiteral("Field_RestoreEncryptionPassword"), password);
+        }
+        QVERIFY(!walk(*wizard, choices).isEmpty());
         QTRY_VERIFY(PlanXmlList::instance()->lastCreatedPlan() != before);
         const auto outcome = EngineTestSupport::waitForEnd(*m_client, PlanXmlList::instance()->lastCreatedPlan());
         QVERIFY(outcome.ended);
         QCOMPARE(outcome.lastState, 6);
         QCOMPARE(restored(target), pointInTime ? m_first : m_second);
     }
+    void walkFollowsRunOnceStorageAndEdition_data()
+    {
+        QTest::addColumn<bool>("once");
+        QTest::addColumn<QString>("cloudType");
+        QTest::addColumn<bool>("skipArchived");
+        QTest::addColumn<int>("afterEncryption");
+        QTest::addColumn<int>("afterSchedule");
+        // Standalone, where the licence allows notices: "close" is the notification page.
+        QTest::newRow("once, local") << true << QStringLiteral("1") << false << 5 << 5;
+        QTest::newRow("once, S3, archived files wanted") << true << QStringLiteral("2") << false << 104 << 104;
+        QTest::newRow("once, S3 China, archived skipped") << true << QStringLiteral("20") << true << 5 << 5;
+        QTest::newRow("kept, S3, archived wanted") << false << QStringLiteral("2") << false << 4 << 104;
+        QTest::newRow("kept, local") << false << QStringLiteral("1") << false << 4 << 5;
+    }
+
+    void walkFollowsRunOnceStorageAndEdition()
+    {
+        QFETCH(bool, once);
+        QFETCH(QString, cloudType);
+        QFETCH(bool, skipArchived);
+        QFETCH(int, afterEncryption);
+        QFETCH(int, afterSchedule);
+        RestorePlanEditWizard wizard;
+        QCOMPARE(wizard.pageIds(), (QList<int> {0, 1, 2, 4, 5, 6, 101, 102, 103, 104}));
+        wizard.setField(QStringLiteral("Field_RestoreOnce"), once);
+        wizard.setField(QStringLiteral("Field_SaveRestorePlan"), !once);
+        wizard.setField(QStringLiteral("Field_CloudType"), cloudType);
+        wizard.setField(QStringLiteral("Field_TypeUseGlacier"), skipArchived);
+        QCOMPARE(wizard.page(103)->nextId(), afterEncryption);
+        QCOMPARE(wizard.page(4)->nextId(), afterSchedule);
+        QCOMPARE(wizard.page(104)->nextId(), 5);
+    }
+
+    void pagePictures()
+    {
+        std::unique_ptr<RestorePlanEditWizard> wizard(
+            RestorePlanEditWizard::createWizardFromBackupPlan(m_backup.get(), true));
+        wizard->show();
+        QVERIFY(QTest::qWaitForWindowExposed(wizard.get()));
+        const QString folder = TestEnvironment::outputDir() + QStringLiteral("/restore_wizard");
+        QVERIFY(QDir().mkpath(folder));
+        const auto ids = wizard->pageIds();
+        for (int id : ids) {
+            wizard->setStartId(id);
+            wizard->restart();
+            QCOMPARE(wizard->currentId(), id);
+            // Let the pages that ask the service show its answer.
+            QTest::qWait(id == 2 || id == 103 ? 1500 : 50);
+            QVERIFY(wizard->grab().save(QStringLiteral("%1/page_%2.png").arg(folder).arg(id)));
+        }
+    }
+
     void restoresOverTheOriginalUnderEachRule_data()
     {
         QTest::addColumn<bool>("overwrite");
