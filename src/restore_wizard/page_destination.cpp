@@ -48,6 +48,7 @@ RestorePlanEditWizard::PageDestination::PageDestination(QWidget* parent)
     setSubTitle(tr("Specify the local folder you want to restore the selected objects"));
     // Typing a path would skip the check that the folder exists; the browse dialog is the way in.
     location->setReadOnly(true);
+    onlyNew->label()->setWordWrap(true);
     auto* label = new QLabel(tr("Destination:"), this);
     for (QWidget* widget :
         {static_cast<QWidget*>(label), static_cast<QWidget*>(location), static_cast<QWidget*>(browse)}) {
