@@ -10,6 +10,7 @@
 #include "service/engine/engine.h"
 #include "service/commands/history_commands.h"
 #include "service/commands/plan_commands.h"
+#include "service/commands/restore_commands.h"
 #include "service/schedule/scheduler.h"
 #include "service/commands/settings_commands.h"
 #include "service/commands/storage_commands.h"
@@ -88,6 +89,8 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         m_engine = std::make_unique<Engine>(*m_database, dataDir);
         m_engineCommands = std::make_unique<EngineCommands>(*m_database, *m_engine);
         m_engineCommands->registerAt(m_router);
+        m_restoreCommands = std::make_unique<RestoreCommands>(*m_database, RunPlaces {dataDir});
+        m_restoreCommands->registerAt(m_router);
         m_scheduler = std::make_unique<Scheduler>(*m_database, *m_engine);
         Engine* engine = m_engine.get();
         Scheduler* scheduler = m_scheduler.get();

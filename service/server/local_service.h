@@ -16,6 +16,7 @@ class ContentCommands;
 class Database;
 class Engine;
 class EngineCommands;
+class RestoreCommands;
 class HistoryCommands;
 class Scheduler;
 class PlanCommands;
@@ -53,6 +54,7 @@ private:
     std::unique_ptr<SettingsCommands> m_settings;
     std::unique_ptr<Engine> m_engine;
     std::unique_ptr<EngineCommands> m_engineCommands;
+    std::unique_ptr<RestoreCommands> m_restoreCommands;
     std::unique_ptr<Scheduler> m_scheduler;
 };
 

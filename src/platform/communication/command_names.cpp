@@ -37,6 +37,7 @@ const QStringList& knownCommandNames()
         QStringLiteral("AppendToSslStorage"),
         QStringLiteral("GetPeerSslCertificate"),
         // repository synchronisation
+        QStringLiteral("CheckRestorePassword"),
         QStringLiteral("SynchronizeRepository"),
         QStringLiteral("SynchronizeRepositoryCancel"),
         QStringLiteral("GetSynchronizeRepositoryList"),

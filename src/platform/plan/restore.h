@@ -19,7 +19,8 @@ public:
     class TWBPLATFORM_EXPORT StorageInfo final : public Plan::StorageInfo
     {
     public:
-        enum Type : int { RetrievalStandard = 0, RetrievalBulk = 1, RetrievalExpedited = 2 };
+        /// NoGlacier skips archived objects; the others bring them back at that retrieval tier first.
+        enum Type : int { NoGlacier = 0, RetrievalStandard = 1, RetrievalBulk = 2, RetrievalExpedited = 3 };
 
         Type type() const { return m_type; }
         void setType(Type type) { m_type = type; }
@@ -28,7 +29,7 @@ public:
         bool operator!=(const StorageInfo& o) const { return !(*this == o); }
 
     private:
-        Type m_type = RetrievalStandard;
+        Type m_type = NoGlacier;
     };
 
     int subtype() const override { return KindRestore; }
