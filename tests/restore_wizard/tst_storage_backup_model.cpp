@@ -1,14 +1,8 @@
 #include "restore_wizard/storage_backup_full_model.h"
 #include "restore_wizard/storage_backup_model.h"
-#include "engine_test_support.h"
-#include "peers/storage_console.h"
+#include "docs_catalog.h"
 #include "plans/date_time_delegate.h"
-#include "platform/plan/backup_file.h"
-#include "raw_client.h"
-#include "service/store/database.h"
-#include "service/store/option_store.h"
 #include "service_fixture.h"
-#include "support/test_environment.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
@@ -17,18 +11,14 @@
 #include <memory>
 
 using namespace TWB::GUI;
-using TWB::Test::EngineTestSupport;
-using TWB::Test::RawClient;
+using TWB::Test::DocsCatalog;
 using TWB::Test::ServiceFixture;
 using TWB::Test::StorageConsole;
-using TWB::Test::TestEnvironment;
 using Tester = QAbstractItemModelTester;
 
 namespace {
 
-const QStringList docsEntries
-    = {QStringLiteral("old"), QStringLiteral("a.txt"), QStringLiteral("b.txt"), QStringLiteral("c.txt"),
-        QStringLiteral("d.txt"), QStringLiteral("e.txt"), QStringLiteral("f.txt"), QStringLiteral("g.txt")};
+const QStringList docsEntries = TWB::Test::DocsCatalog::docsEntries();
 
 QModelIndex accountRow(const QAbstractItemModel& model, const QUuid& id)
 {
@@ -89,64 +79,32 @@ class TestStorageBackupModel : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<TestEnvironment> m_env;
-    std::unique_ptr<StorageConsole> m_console;
-    std::unique_ptr<RawClient> m_client;
-    std::unique_ptr<TWB::Service::Database> m_store; // the test's own connection to the service's store
+    DocsCatalog m_catalog;
+    StorageConsole* m_console = nullptr; // owned by m_catalog
     SharedModelCreator<StorageBackupModel> m_plainCreator {ModelNames::StorageBackup};
     SharedModelCreator<StorageBackupFullModel> m_fullCreator {ModelNames::StorageBackupFull};
     QUuid m_account;
     QUuid m_spare;
     QStringList m_docsPath; // node names from the account down to the backed-up "docs"
 
-    void setPageSize(int size)
-    {
-        TWB::Service::OptionStore(*m_store).setValue(
-            QLatin1String(TWB::Service::OptionStore::RestoreContentPageSize), QString::number(size));
-    }
+    void setPageSize(int size) { m_catalog.setPageSize(size); }
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_env = std::make_unique<TestEnvironment>();
-        m_console = std::make_unique<StorageConsole>(*m_env);
-        QVERIFY2(m_console->start(), qPrintable(m_console->service().output()));
+        m_catalog.build();
+        QVERIFY(!QTest::currentTestFailed());
         ModelManager::instance()->registrateCreator(m_plainCreator);
         ModelManager::instance()->registrateCreator(m_fullCreator);
-        m_client = std::make_unique<RawClient>();
-        QVERIFY(m_client->connectTo(m_env->socketPath()));
-        m_account = EngineTestSupport::addLocalAccount(*m_client, m_env->root() + QStringLiteral("/repo"), "laptop");
-        m_spare = EngineTestSupport::addLocalAccount(*m_client, m_env->root() + QStringLiteral("/spare"), "desk");
-        QVERIFY(!m_account.isNull() && !m_spare.isNull());
-        QTRY_COMPARE(m_console->model()->rowCount(), 3);
-
-        const QString docs = m_env->root() + QStringLiteral("/source/docs");
-        for (const QString& name : docsEntries.mid(1))
-            EngineTestSupport::writeFile(docs + QLatin1Char('/') + name, name.toUtf8());
-        EngineTestSupport::writeFile(docs + QStringLiteral("/old/z.txt"), "z");
-        const auto plan = EngineTestSupport::backupPlan(m_account, QStringLiteral("Docs"), {docs});
-        QVERIFY(EngineTestSupport::save(*m_client, *plan));
-        // Three runs, "a.txt" changed before each later one: three versions of it.
-        for (int run = 0; run < 3; ++run) {
-            if (run > 0)
-                EngineTestSupport::writeFile(docs + QStringLiteral("/a.txt"), QByteArray(100 * run, 'a'));
-            const TWB::Test::RunOutcome outcome = EngineTestSupport::run(*m_client, plan->id());
-            QVERIFY(outcome.ended);
-            QVERIFY2(outcome.status == 6, qPrintable(outcome.message));
-        }
-        m_docsPath = QStringList {"laptop", "TWB_VOLUMES", "root"} + docs.split(QLatin1Char('/'), Qt::SkipEmptyParts);
-
-        m_store = std::make_unique<TWB::Service::Database>(m_env->dataDir() + QStringLiteral("/service.db"));
-        m_store->open();
+        m_console = m_catalog.console.get();
+        m_account = m_catalog.account;
+        m_spare = m_catalog.spare;
+        m_docsPath = m_catalog.docsPath;
     }
 
     void cleanup() { setPageSize(500); }
 
-    void cleanupTestCase()
-    {
-        if (m_console)
-            QVERIFY2(m_console->service().terminate(), qPrintable(m_console->service().output()));
-    }
+    void cleanupTestCase() { m_catalog.stop(); }
 
     void modelsAreSharedByName()
     {
