@@ -278,8 +278,7 @@ void ConsoleWindow::buildActions()
 
     m_newBackup = toolbar->addAction(IconManager::icon(IconManager::Add, IconManager::Small), tr("New backup plan"));
     m_newBackup->setToolTip(tr("Create a backup plan with the wizard"));
-    m_newRestore
-        = toolbar->addAction(IconManager::icon(IconManager::Add, IconManager::Small), tr("New restore plan"));
+    m_newRestore = toolbar->addAction(IconManager::icon(IconManager::Add, IconManager::Small), tr("New restore plan"));
     m_newRestore->setToolTip(tr("Choose what to bring back from a storage, and where to put it"));
     m_edit = toolbar->addAction(IconManager::icon(IconManager::Edit, IconManager::Small), tr("Edit"));
     m_edit->setToolTip(tr("Change the selected plan"));

@@ -31,8 +31,8 @@ RestorePlanEditWizard::PageName::PageName(QWidget* parent)
                                       tr("Run restore only once when press Finish button on the last wizard step. No "
                                          "schedule option is available")),
         this);
-    saveRestorePlan = new RadioButton(twoLines(tr("Save restore plan"),
-                                          tr("Save restore plan options for further running or scheduled restore")),
+    saveRestorePlan = new RadioButton(
+        twoLines(tr("Save restore plan"), tr("Save restore plan options for further running or scheduled restore")),
         this);
     nameLabel = new QLabel(tr("Plan name:"), this);
     nameEdit = new QLineEdit(this);
@@ -104,8 +104,8 @@ bool RestorePlanEditWizard::PageName::fromPlan(TWB::Info::Plan::Base* plan)
 QString RestorePlanEditWizard::PageName::summary()
 {
     return QStringLiteral("<tr><td>%1</td><td>%2</td></tr>")
-        .arg(tr("Plan name:"),
-            field(QLatin1String(PlanWizardBase::PageName::FieldPlanName)).toString().toHtmlEscaped());
+        .arg(
+            tr("Plan name:"), field(QLatin1String(PlanWizardBase::PageName::FieldPlanName)).toString().toHtmlEscaped());
 }
 
 } // namespace TWB::GUI

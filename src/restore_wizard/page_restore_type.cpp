@@ -29,9 +29,9 @@ RestorePlanEditWizard::PageRestoreType::PageRestoreType(QWidget* parent)
     : PageBase(tr("Select Restore type"), parent)
 {
     setSubTitle(tr("Select type of data for restore"));
-    fileLevel = new RadioButton(QStringLiteral("<table><tr><td>%1</td></tr><tr><td>%2</td></tr></table>")
-                                    .arg(tr("Restore file and folders"),
-                                        tr("Select this item if you want restore files and folders")),
+    fileLevel = new RadioButton(
+        QStringLiteral("<table><tr><td>%1</td></tr><tr><td>%2</td></tr></table>")
+            .arg(tr("Restore file and folders"), tr("Select this item if you want restore files and folders")),
         this);
     // Enabled only once the storage says it holds files.
     fileLevel->setEnabled(false);
@@ -47,8 +47,7 @@ void RestorePlanEditWizard::PageRestoreType::initializePage()
         ICommand* command = newCommand(QStringLiteral("GetContentType"), this, &PageRestoreType::onGetContentTypeResult,
             managerGoneText(), QStringLiteral("Commnunication command don't registrate"));
         setCommandParams(*command,
-            {{QStringLiteral("DestinationId"),
-                field(QLatin1String(PlanWizardBase::PageCloud::FieldId)).toString()}});
+            {{QStringLiteral("DestinationId"), field(QLatin1String(PlanWizardBase::PageCloud::FieldId)).toString()}});
         command->exec();
         setEnabled(false);
     } catch (const QString& text) {
@@ -138,9 +137,9 @@ bool RestorePlanEditWizard::PageRestoreType::fromPlan(TWB::Info::Plan::Base*)
 
 QString RestorePlanEditWizard::PageRestoreType::summary()
 {
-    static const char* const names[] = {QT_TR_NOOP("File Level"), QT_TR_NOOP("Full System File Backup"),
-        QT_TR_NOOP("Image Base to Physical Disk"), QT_TR_NOOP("Image Base to Virtual Disk"),
-        QT_TR_NOOP("Image Base to Virtual Machine")};
+    static const char* const names[]
+        = {QT_TR_NOOP("File Level"), QT_TR_NOOP("Full System File Backup"), QT_TR_NOOP("Image Base to Physical Disk"),
+            QT_TR_NOOP("Image Base to Virtual Disk"), QT_TR_NOOP("Image Base to Virtual Machine")};
     const int kind = wizard() ? wizard()->property(PropertyRestorePlanType).toInt() : -1;
     const QString text = kind >= 0 && kind < 5 ? tr(names[kind]) : QString();
     return QStringLiteral("<tr><td>%1:</td><td>%2</td></tr>").arg(tr("Type"), text);

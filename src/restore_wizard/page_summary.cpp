@@ -54,8 +54,8 @@ bool RestorePlanEditWizard::PageSummary::validatePage()
         box.exec();
         return false;
     }
-    const bool runNow = field(QLatin1String(PageName::FieldRestoreOnce)).toBool()
-        || field(QLatin1String(FieldRunNow)).toBool();
+    const bool runNow
+        = field(QLatin1String(PageName::FieldRestoreOnce)).toBool() || field(QLatin1String(FieldRunNow)).toBool();
     PlanEditWait wait(edit, this);
     wait.setPlan(plan->id(), plan->toXml(), runNow);
     return wait.result() == QDialog::Accepted;

@@ -42,11 +42,11 @@ public:
     /// A wizard that edits `plan`, or null for a null plan.
     static RestorePlanEditWizard* createWizard(TWB::Info::Plan::Base* plan, QWidget* parent = nullptr);
     /// A new plan that restores `items` of the storage account `storageId`; opens on the name page.
-    static RestorePlanEditWizard* createWizardFromBackupStorage(const QUuid& storageId, const QStringList& items,
-                                                                QWidget* parent = nullptr);
+    static RestorePlanEditWizard* createWizardFromBackupStorage(
+        const QUuid& storageId, const QStringList& items, QWidget* parent = nullptr);
     /// A new plan that restores what `plan` backs up, with its password when `withPassword` is set.
-    static RestorePlanEditWizard* createWizardFromBackupPlan(TWB::Info::Plan::BackupFile* plan, bool withPassword,
-                                                             QWidget* parent = nullptr);
+    static RestorePlanEditWizard* createWizardFromBackupPlan(
+        TWB::Info::Plan::BackupFile* plan, bool withPassword, QWidget* parent = nullptr);
 
     /// Titles the window after the plan and fills every page from it.
     void init(TWB::Info::Plan::Base* plan);

@@ -16,6 +16,7 @@
 #include "support/test_environment.h"
 #include "wizard/page_cloud.h"
 
+#include <QAbstractButton>
 #include <QDir>
 #include <QFile>
 #include <QtTest>
