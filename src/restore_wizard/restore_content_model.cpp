@@ -518,10 +518,8 @@ void RestoreContentModel::setDataUnchecked(const QModelIndex& index)
     QObject* node = nodeOf(index);
     if (!node)
         return;
+    // setData has forgotten the selection below the node already.
     spread(node, Qt::Unchecked, CheckedProperty, [this](QObject* parent, int first, int last) {
-        const QObjectList& children = parent->children();
-        for (int row = first; row <= last; ++row)
-            forgetSelection(pathOf(children.at(row)));
         const QModelIndex folder = indexOf(parent);
         Q_EMIT dataChanged(this->index(first, 0, folder), this->index(last, 0, folder), {Qt::CheckStateRole});
     });
