@@ -4,6 +4,7 @@
 #include "platform/logging/twl_debug.h"
 #include "platform/plan/backup.h"
 #include "platform/plan/backup_file.h"
+#include "platform/plan/restore.h"
 #include "platform/plan/base.h"
 #include "platform/plan/factory.h"
 #include "service/store/account_store.h"
@@ -315,8 +316,13 @@ void PlanCommands::update(const QJsonObject& request, const Responder& respond)
         throw params.fault("ID",
             QStringLiteral("is %1, but the document in \"planXML\" is the plan %2")
                 .arg(id.toString(), plan->id().isNull() ? QStringLiteral("without an id") : plan->id().toString()));
-    if (plan->name().trimmed().isEmpty())
-        throw params.fault("planXML", QStringLiteral("holds a plan without a name"));
+    if (plan->name().trimmed().isEmpty()) {
+        // A restore run once needs no name from the user, yet its row and its history need one.
+        const auto* restore = dynamic_cast<const TWB::Info::Plan::Restore*>(plan.get());
+        if (!restore || restore->deletePlan() != TWB::Info::Plan::Restore::DeleteAfterRun)
+            throw params.fault("planXML", QStringLiteral("holds a plan without a name"));
+        plan->setName(QStringLiteral("One-time restore"));
+    }
     if (!plan->storage().isNull() && !AccountStore(m_database).find(plan->storage()))
         throw params.fault("planXML",
             QStringLiteral("names the storage account %1, which does not exist").arg(plan->storage().toString()));

@@ -5,6 +5,7 @@
 #include "platform/plan/restore_file.h"
 #include "plans/incomplete_state_delegate.h"
 #include "restore_wizard/restore_content_model.h"
+#include "wizard/page_cloud.h"
 
 #include <QLabel>
 #include <QPointer>
@@ -43,6 +44,23 @@ RestoreContentModel* RestorePlanEditWizard::PageSource::contentModel() const
     return qobject_cast<RestoreContentModel*>(treeView->model());
 }
 
+QStringList RestorePlanEditWizard::PageSource::inTreeForm(const QStringList& paths) const
+{
+    // A machine's own paths, as a backup plan names them for the service, lie under this machine's
+    // prefix of the account: that is where the tree shows them.
+    const QString prefix = field(QLatin1String(PlanWizardBase::PageCloud::FieldPrefix)).toString();
+    if (prefix.isEmpty())
+        return paths;
+    QStringList result;
+    result.reserve(paths.size());
+    for (const QString& path : paths) {
+        const bool own = path == QLatin1String("/TWB_VOLUMES") || path == QLatin1String("/TWB_SHARES")
+            || path.startsWith(QLatin1String("/TWB_VOLUMES/")) || path.startsWith(QLatin1String("/TWB_SHARES/"));
+        result << (own ? QStringLiteral("/%1%2").arg(prefix, path) : path);
+    }
+    return result;
+}
+
 void RestorePlanEditWizard::PageSource::initializePage()
 {
     PlanWizardBase::PageSource::initializePage();
@@ -56,7 +74,7 @@ void RestorePlanEditWizard::PageSource::initializePage()
     // The last reply of a seeding run lets the page go on.
     connect(model, &BaseModel::complite, this, &PageSource::completeChanged);
     delete old;
-    model->initChecked(items);
+    model->initChecked(inTreeForm(items));
     Q_EMIT completeChanged();
 }
 

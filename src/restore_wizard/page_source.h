@@ -40,6 +40,8 @@ public Q_SLOTS:
     void onShowLegend();
 
 private:
+    /// The plan's paths in the form the tree names its rows.
+    QStringList inTreeForm(const QStringList& paths) const;
     QStringList items;
     IncompleteStateDelegate* delegate = nullptr; // owned by parent-child
     QLabel* legendLabel = nullptr; // owned by parent-child
