@@ -46,7 +46,7 @@ StorageBrowseView::StorageBrowseView(const QUuid& storageId, const QString& name
 {
     setWindowTitle(tr("Browse %1").arg(name));
     setObjectName(QStringLiteral("storage-browse"));
-    resize(860, 520);
+    resize(1040, 560);
 
     m_tree->setObjectName(QStringLiteral("storage-browse-tree"));
     m_tree->setUniformRowHeights(true);
@@ -61,11 +61,19 @@ StorageBrowseView::StorageBrowseView(const QUuid& storageId, const QString& name
     m_tree->setItemDelegateForColumn(dateColumn, new TWB::GUI::DateTimeDelegate(m_tree));
     m_tree->setItemDelegateForColumn(encryptedColumn, new TWB::GUI::TrueFalseDelegate(m_tree));
     m_tree->setItemDelegateForColumn(compressedColumn, new TWB::GUI::TrueFalseDelegate(m_tree));
-    m_tree->header()->resizeSection(0, 320);
+    // Widths from the texts the columns show, not from the rows: a folder may hold a hundred thousand.
+    const QFontMetrics metrics(m_tree->font());
+    const QString date = TWB::GUI::DateTimeDelegate::toText(QStringLiteral("20261228235959"), locale());
+    const QList<QPair<int, QString>> samples
+        = {{sizeColumn, QStringLiteral("999.9 MB")}, {originalSizeColumn, QStringLiteral("999.9 MB")},
+            {dateColumn, date}, {encryptedColumn, tr("yes")}, {compressedColumn, tr("yes")}};
+    for (const auto& sample : samples) {
+        const QString header = m_model->headerData(sample.first, Qt::Horizontal).toString();
+        m_tree->header()->resizeSection(sample.first,
+            qMax(metrics.horizontalAdvance(header), metrics.horizontalAdvance(sample.second)) + metrics.height());
+    }
+    m_tree->header()->resizeSection(0, 10 * metrics.averageCharWidth() + metrics.horizontalAdvance(date));
     m_tree->header()->setStretchLastSection(false);
-    for (int column : {sizeColumn, originalSizeColumn, encryptedColumn, compressedColumn})
-        m_tree->header()->resizeSection(column, 90);
-    m_tree->header()->resizeSection(dateColumn, 150);
 
     m_status->setObjectName(QStringLiteral("storage-browse-status"));
     m_status->setWordWrap(true);
