@@ -14,6 +14,7 @@ ConsoleModels::ConsoleModels()
     , m_storages(ModelNames::StorageConnection)
     , m_storageTree(ModelNames::StorageBackup)
     , m_storageFullTree(ModelNames::StorageBackupFull)
+    , m_storageTable(ModelNames::StorageBackupTable)
 { }
 
 void ConsoleModels::start()
@@ -21,9 +22,10 @@ void ConsoleModels::start()
     auto manager = TWB::GUI::ModelManager::instance();
     if (!manager)
         return;
-    // The storage trees take their top level from the storage list, so they come after it.
-    const std::initializer_list<TWB::GUI::ModelCreator*> creators {
-        &m_planTable, &m_backupTable, &m_restoreTable, &m_storages, &m_storageTree, &m_storageFullTree};
+    // The storage trees take their top level from the storage list, and the table its tree, so each comes
+    // after what it reads.
+    const std::initializer_list<TWB::GUI::ModelCreator*> creators {&m_planTable, &m_backupTable, &m_restoreTable,
+        &m_storages, &m_storageTree, &m_storageFullTree, &m_storageTable};
     for (TWB::GUI::ModelCreator* creator : creators)
         manager->registrateCreator(*creator);
     for (TWB::GUI::ModelCreator* creator : creators) {

@@ -6,6 +6,7 @@
 #include "plans/plan_table_model.h"
 #include "restore_wizard/storage_backup_full_model.h"
 #include "restore_wizard/storage_backup_model.h"
+#include "restore_wizard/storage_backup_table_model.h"
 #include "storages/storage_connections_model.h"
 
 namespace TWB::Host {
@@ -32,6 +33,7 @@ private:
     TWB::GUI::SharedModelCreator<TWB::GUI::StorageConnectionsModel> m_storages;
     TWB::GUI::SharedModelCreator<TWB::GUI::StorageBackupModel> m_storageTree;
     TWB::GUI::SharedModelCreator<TWB::GUI::StorageBackupFullModel> m_storageFullTree;
+    TWB::GUI::SharedModelCreator<TWB::GUI::StorageBackupTableModel> m_storageTable;
 };
 
 } // namespace TWB::Host

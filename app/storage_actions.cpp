@@ -1,5 +1,7 @@
 #include "app/storage_actions.h"
 
+#include "app/storage_browse_view.h"
+
 #include "frame/application.h"
 #include "platform/cloud/cloud_type.h"
 #include "platform/logging/twl_debug.h"
@@ -51,6 +53,8 @@ StorageActions::StorageActions(QTreeView* view, QTabWidget* tabs, QWidget* windo
     m_edit->setToolTip(tr("Change the selected account"));
     m_info = m_bar->addAction(tr("Details"));
     m_info->setToolTip(tr("Show the selected account's settings"));
+    m_browse = m_bar->addAction(tr("Browse"));
+    m_browse->setToolTip(tr("Show the files and versions the selected account holds, and restore from them"));
     m_remove = m_bar->addAction(IconManager::icon(IconManager::Remove, IconManager::Small), tr("Remove"));
     m_remove->setToolTip(tr("Remove the selected account; the backups it holds stay on the storage"));
 
@@ -68,6 +72,7 @@ StorageActions::StorageActions(QTreeView* view, QTabWidget* tabs, QWidget* windo
     }
     connect(m_edit, &QAction::triggered, this, &StorageActions::edit);
     connect(m_info, &QAction::triggered, this, &StorageActions::info);
+    connect(m_browse, &QAction::triggered, this, &StorageActions::browse);
     connect(m_remove, &QAction::triggered, this, &StorageActions::remove);
 
     tabs->setCornerWidget(m_bar, Qt::TopRightCorner);
@@ -79,7 +84,7 @@ StorageActions::StorageActions(QTreeView* view, QTabWidget* tabs, QWidget* windo
     connect(view, &QTreeView::customContextMenuRequested, this, [this](const QPoint& point) {
         QMenu menu(m_view);
         if (m_view->indexAt(point).isValid())
-            menu.addActions({m_info, m_edit, m_remove});
+            menu.addActions({m_browse, m_info, m_edit, m_remove});
         menu.addSeparator();
         menu.addAction(m_add);
         menu.exec(m_view->viewport()->mapToGlobal(point));
@@ -121,6 +126,7 @@ void StorageActions::updateActions()
     const bool chosen = current().isValid();
     m_edit->setEnabled(chosen);
     m_info->setEnabled(chosen);
+    m_browse->setEnabled(chosen);
     m_remove->setEnabled(chosen);
 }
 
@@ -167,6 +173,19 @@ void StorageActions::info()
     layout->addWidget(buttons);
     dialog.setMinimumWidth(360);
     dialog.exec();
+}
+
+StorageBrowseView* StorageActions::browse()
+{
+    const QModelIndex index = current();
+    if (!index.isValid())
+        return nullptr;
+    auto* view = new StorageBrowseView(
+        QUuid(index.sibling(index.row(), idColumn).data().toString()), index.data().toString(), m_window);
+    view->setAttribute(Qt::WA_DeleteOnClose);
+    connect(view, &StorageBrowseView::restoreRequested, this, &StorageActions::restoreRequested);
+    view->show();
+    return view;
 }
 
 void StorageActions::remove()

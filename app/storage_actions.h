@@ -3,6 +3,8 @@
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QStringList>
+#include <QUuid>
 
 class QAction;
 class QMenu;
@@ -16,6 +18,8 @@ namespace TWB::Host {
 /// What a user does with the storage accounts tab: add an account (the chooser of back-ends as a menu),
 /// edit it, see its details and remove it, from a small tool bar at the tab bar's corner, from the
 /// rows' context menu, and by a double-click, which shows the details.
+class StorageBrowseView;
+
 class StorageActions final : public QObject
 {
     Q_OBJECT
@@ -28,6 +32,7 @@ public:
     QAction* addAction() const { return m_add; }
     QAction* editAction() const { return m_edit; }
     QAction* infoAction() const { return m_info; }
+    QAction* browseAction() const { return m_browse; }
     QAction* removeAction() const { return m_remove; }
     /// The back-ends offered by Add; null where only a local folder can be added.
     QMenu* addMenu() const { return m_menu; }
@@ -40,6 +45,12 @@ public:
     void edit();
     void info();
     void remove();
+    /// Opens what the selected account holds; the window stays open beside the console.
+    StorageBrowseView* browse();
+
+Q_SIGNALS:
+    /// Items chosen in a browse window, for the restore wizard.
+    void restoreRequested(const QUuid& storageId, const QStringList& items);
 
 private:
     QModelIndex current() const;
@@ -53,6 +64,7 @@ private:
     QAction* m_add = nullptr; // owned by the tool bar
     QAction* m_edit = nullptr; // owned by the tool bar
     QAction* m_info = nullptr; // owned by the tool bar
+    QAction* m_browse = nullptr; // owned by the tool bar
     QAction* m_remove = nullptr; // owned by the tool bar
 };
 

@@ -96,6 +96,19 @@ double cpuMs(qint64 pid)
                               : 0;
 }
 
+// Resident memory of this process in kilobytes.
+long residentKb()
+{
+    QFile file(QStringLiteral("/proc/self/status"));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').value(0).toLong();
+    }
+    return 0;
+}
+
 double median(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
@@ -255,9 +268,11 @@ int main(int argc, char** argv)
     const QPersistentModelIndex folder(index);
 
     std::vector<double> firsts, wholes, stalls;
+    long perRow = -1;
     for (int run = 0; run < runs; ++run) {
         view.collapse(folder);
         model.onCollapse(folder);
+        const long residentBefore = residentKb();
         QElapsedTimer tick;
         qint64 longest = 0;
         QTimer ticker;
@@ -290,6 +305,9 @@ int main(int argc, char** argv)
         }
         const double whole = clock.nsecsElapsed() / 1e6;
         ticker.stop();
+        // The first run grows the heap; later ones reuse what the collapse freed.
+        if (perRow < 0)
+            perRow = (residentKb() - residentBefore) * 1024 / files;
         QObject::disconnect(seen);
         firsts.push_back(firstRows);
         wholes.push_back(whole);
@@ -299,6 +317,7 @@ int main(int argc, char** argv)
             run + 1, firstRows, whole, longest, cpuMs(QCoreApplication::applicationPid()) - consoleBefore,
             cpuMs(service.process().pid()) - serviceBefore);
     }
+    std::printf("memory per row: %ld bytes\n", perRow);
     std::printf("first rows: %.0f ms\n", median(firsts));
     std::printf("whole folder: %.0f ms\n", median(wholes));
     std::printf("longest stall: %.0f ms\n", *std::max_element(stalls.begin(), stalls.end()));

@@ -233,24 +233,28 @@ std::optional<CatalogItem> VersionCatalog::find(const QUuid& account, const QStr
     return itemFromRow(query);
 }
 
-QList<CatalogItem> VersionCatalog::children(
-    const QUuid& account, const QString& prefix, const QString& folder, bool foldersOnly, int offset, int limit)
+QList<CatalogItem> VersionCatalog::children(const QUuid& account, const QString& prefix, const QString& folder,
+    bool foldersOnly, int offset, int limit, const std::optional<ListingKey>& after)
 {
     const QString onlyFolders = foldersOnly ? QStringLiteral(" AND is_file = 0") : QString();
-    // The page is cut from the listing index alone and joined afterwards: the rows an offset skips cost
-    // an index step each, not a look-up of their newest version, so the last part of a folder of a
-    // hundred thousand files is as quick as the first.
+    // The page is cut from the listing index alone and joined afterwards, so that no skipped row costs
+    // a look-up of its newest version; a listing that goes on from a known entry skips none at all.
+    const QString from = after ? QStringLiteral(" AND (is_file, name) > (?, ?)") : QString();
     QSqlQuery query = m_database.prepare(
         QStringLiteral("SELECT %1 FROM (SELECT id FROM catalog_entries WHERE account_id = ? AND prefix = ? "
-                       "AND parent = ?%3 ORDER BY is_file, name LIMIT ? OFFSET ?) page "
+                       "AND parent = ?%3%4 ORDER BY is_file, name LIMIT ? OFFSET ?) page "
                        "JOIN catalog_entries e ON e.id = page.id%2 ORDER BY e.is_file, e.name")
             .arg(itemColumns.arg(foldersOnly ? QStringLiteral(" AND c.is_file = 0") : QString()), latestVersionJoin,
-                onlyFolders));
+                onlyFolders, from));
     query.addBindValue(Database::text(account.toString()));
     query.addBindValue(Database::text(prefix));
     query.addBindValue(Database::text(folder));
+    if (after) {
+        query.addBindValue(after->isFile ? 1 : 0);
+        query.addBindValue(Database::text(after->name));
+    }
     query.addBindValue(limit);
-    query.addBindValue(offset);
+    query.addBindValue(after ? 0 : offset);
     m_database.exec(query);
     QList<CatalogItem> items;
     while (query.next())

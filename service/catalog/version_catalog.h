@@ -83,9 +83,16 @@ public:
     void addFolder(const QUuid& account, const QString& prefix, const QString& path);
 
     std::optional<CatalogItem> find(const QUuid& account, const QString& prefix, const QString& path);
-    /// Entries of a folder ("" for the top), folders first, then by name, from `offset` on.
-    QList<CatalogItem> children(
-        const QUuid& account, const QString& prefix, const QString& folder, bool foldersOnly, int offset, int limit);
+    /// Where a listing of a folder stands: its order is folders first, then by name.
+    struct ListingKey
+    {
+        bool isFile = false;
+        QString name;
+    };
+    /// Entries of a folder ("" for the top), folders first, then by name, from `offset` on, or right
+    /// after `after` when given, which costs nothing for the entries before it.
+    QList<CatalogItem> children(const QUuid& account, const QString& prefix, const QString& folder, bool foldersOnly,
+        int offset, int limit, const std::optional<ListingKey>& after = std::nullopt);
     /// Versions of a file entry, newest first.
     QList<CatalogVersion> versions(qint64 entryId, int offset, int limit);
 

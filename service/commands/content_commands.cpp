@@ -3,6 +3,7 @@
 #include "service/store/account_store.h"
 #include "service/catalog/version_catalog.h"
 #include "service/commands/command_router.h"
+#include "service/commands/json_writer.h"
 #include "service/store/option_store.h"
 #include "service/commands/params.h"
 #include "service/commands/responder.h"
@@ -21,36 +22,70 @@ constexpr int endOfPart = 4;
 // The storage trees read this size as "no size" and show N/A.
 constexpr double noSize = 9223372036854775808.0;
 
-QJsonObject entry(const QString& name, const QString& path, int type, bool expandable)
+// One entry of a listing; the manual mode adds a file's sizes, flags and version details.
+class EntryWriter final
 {
-    QJsonObject object;
-    object.insert(QStringLiteral("Name"), name);
-    object.insert(QStringLiteral("Path"), path);
-    object.insert(QStringLiteral("IsChangeable"), true);
-    object.insert(QStringLiteral("IsExpandable"), expandable);
-    object.insert(QStringLiteral("Type"), type);
-    return object;
-}
+public:
+    explicit EntryWriter(bool details)
+        : m_details(details)
+    {
+        m_out.reserve(4096);
+        m_out.append("{\"contentRestore\":[");
+    }
 
-void addDetails(QJsonObject& object, const std::optional<CatalogVersion>& version)
-{
-    object.insert(QStringLiteral("size"), version ? double(version->size) : noSize);
-    object.insert(QStringLiteral("original_size"), version ? double(version->originalSize) : noSize);
-    object.insert(QStringLiteral("date_modified_utc"), version ? StoreTime::toText(version->modified) : QString());
-    object.insert(QStringLiteral("is_encrypted"), version && version->encrypted);
-    object.insert(QStringLiteral("is_compressed"), version && version->compressed);
-    object.insert(QStringLiteral("is_full"), !version || version->full);
-    object.insert(QStringLiteral("bl_revision"), version ? double(version->revision) : 0.0);
-    object.insert(QStringLiteral("attribute"), version ? double(version->attribute) : 0.0);
-    object.insert(QStringLiteral("delimiter"), QStringLiteral("/"));
-}
+    void add(const QString& name, const QString& path, int type, bool expandable,
+        const std::optional<CatalogVersion>& version)
+    {
+        if (m_count++ > 0)
+            m_out.append(',');
+        JsonWriter json(m_out);
+        json.beginObject();
+        json.key("Name");
+        json.string(name);
+        json.key("Path");
+        json.string(path);
+        json.key("IsChangeable");
+        json.boolean(type != endOfPart);
+        json.key("IsExpandable");
+        json.boolean(expandable);
+        json.key("Type");
+        json.number(qint64(type));
+        if (m_details) {
+            json.key("size");
+            json.real(version ? double(version->size) : noSize);
+            json.key("original_size");
+            json.real(version ? double(version->originalSize) : noSize);
+            json.key("date_modified_utc");
+            json.string(version ? StoreTime::toText(version->modified) : QString());
+            json.key("is_encrypted");
+            json.boolean(version && version->encrypted);
+            json.key("is_compressed");
+            json.boolean(version && version->compressed);
+            json.key("is_full");
+            json.boolean(!version || version->full);
+            json.key("bl_revision");
+            json.real(version ? double(version->revision) : 0.0);
+            json.key("attribute");
+            json.real(version ? double(version->attribute) : 0.0);
+            json.key("delimiter");
+            json.plain("/");
+        }
+        json.endObject();
+    }
+    /// The entry that tells the client to ask for the next part.
+    void addMarker() { add(QString(), QString(), endOfPart, false, std::nullopt); }
 
-QJsonObject marker()
-{
-    QJsonObject object = entry(QString(), QString(), endOfPart, false);
-    object.insert(QStringLiteral("IsChangeable"), false);
-    return object;
-}
+    QByteArray finish()
+    {
+        m_out.append("]}");
+        return m_out;
+    }
+
+private:
+    QByteArray m_out;
+    int m_count = 0;
+    bool m_details;
+};
 
 } // namespace
 
@@ -92,7 +127,7 @@ void ContentCommands::restoreContent(const QJsonObject& request, const Responder
     const int pageSize = std::min(std::max(page, offset), page * 8);
 
     VersionCatalog catalog(m_database);
-    QJsonArray entries;
+    EntryWriter entries(manualMode);
     bool more = false;
     // Without a prefix of its own, a request walks the tree whose top level is the account's
     // prefixes, one for each machine that backs up into it; "/<prefix>/..." lies below one of them.
@@ -103,15 +138,11 @@ void ContentCommands::restoreContent(const QJsonObject& request, const Responder
         if (path.isEmpty()) {
             const QStringList page = prefixes.mid(offset, pageSize);
             more = prefixes.size() > offset + pageSize;
-            for (const QString& name : page) {
-                QJsonObject object = entry(name, QLatin1Char('/') + name, CatalogItem::Folder, true);
-                if (manualMode)
-                    addDetails(object, std::nullopt);
-                entries.append(object);
-            }
+            for (const QString& name : page)
+                entries.add(name, QLatin1Char('/') + name, CatalogItem::Folder, true, std::nullopt);
             if (more)
-                entries.append(marker());
-            respond.success({{QStringLiteral("contentRestore"), entries}});
+                entries.addMarker();
+            respond.successJson(entries.finish());
             return;
         }
         const VersionCatalog::PrefixedPath split = VersionCatalog::splitPrefix(path, prefixes, account->prefix);
@@ -138,28 +169,40 @@ void ContentCommands::restoreContent(const QJsonObject& request, const Responder
                 versions.removeLast();
             for (const CatalogVersion& version : qAsConst(versions)) {
                 const bool block = version.revision > 0 || !version.full;
-                QJsonObject object = entry(folder->name, shown + folder->path + QLatin1Char('@') + version.snapshot,
-                    block ? CatalogItem::BlockVersion : CatalogItem::FileVersion, false);
-                addDetails(object, version);
-                entries.append(object);
+                entries.add(folder->name, shown + folder->path + QLatin1Char('@') + version.snapshot,
+                    block ? CatalogItem::BlockVersion : CatalogItem::FileVersion, false, version);
             }
         }
     } else {
-        QList<CatalogItem> items = catalog.children(destination, prefix, path, foldersOnly, offset, pageSize + 1);
+        // A client asks for the parts of a folder one after another, each from where the last ended:
+        // that entry is kept, so that the next part starts at it instead of counting up to it.
+        const QString listing
+            = QStringLiteral("%1|%2|%3|%4")
+                  .arg(destination.toString(), prefix, path, foldersOnly ? QStringLiteral("d") : QString());
+        const auto cursor = m_cursors.constFind(listing);
+        std::optional<VersionCatalog::ListingKey> after;
+        if (cursor != m_cursors.constEnd() && cursor->offset == offset && offset > 0)
+            after = cursor->last;
+        QList<CatalogItem> items
+            = catalog.children(destination, prefix, path, foldersOnly, offset, pageSize + 1, after);
         more = items.size() > pageSize;
         if (more)
             items.removeLast();
         for (const CatalogItem& item : qAsConst(items)) {
             const bool expandable = item.isFile ? manualMode : item.hasChildren;
-            QJsonObject object = entry(item.name, shown + item.path, item.kind, expandable);
-            if (manualMode)
-                addDetails(object, item.latest);
-            entries.append(object);
+            entries.add(item.name, shown + item.path, item.kind, expandable, item.latest);
+        }
+        if (more) {
+            if (m_cursors.size() >= maxCursors)
+                m_cursors.clear();
+            m_cursors.insert(listing, {offset + int(items.size()), {items.last().isFile, items.last().name}});
+        } else {
+            m_cursors.remove(listing);
         }
     }
     if (more)
-        entries.append(marker());
-    respond.success({{QStringLiteral("contentRestore"), entries}});
+        entries.addMarker();
+    respond.successJson(entries.finish());
 }
 
 void ContentCommands::contentType(const QJsonObject& request, const Responder& respond)

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "service/catalog/version_catalog.h"
+
+#include <QHash>
 #include <QJsonObject>
 
 namespace TWB::Service {
@@ -34,7 +37,17 @@ private:
     void restoreContent(const QJsonObject& params, const Responder& respond, bool manualMode);
     void contentType(const QJsonObject& params, const Responder& respond);
 
+    /// Where a listing's last part ended, by account, prefix, folder and kind of listing.
+    struct Cursor
+    {
+        int offset = 0;
+        VersionCatalog::ListingKey last;
+    };
+    /// Listings a few clients browse at once; more than this are forgotten and simply count up again.
+    static constexpr int maxCursors = 64;
+
     Database& m_database;
+    QHash<QString, Cursor> m_cursors;
 };
 
 } // namespace TWB::Service

@@ -9,6 +9,7 @@
 #include "platform/plan/factory.h"
 #include "service/store/account_store.h"
 #include "service/commands/command_router.h"
+#include "service/commands/json_writer.h"
 #include "service/store/database.h"
 #include "service/schedule/next_run.h"
 #include "service/commands/notifier.h"
@@ -43,98 +44,6 @@ QJsonValue numberOrEmpty(bool present, double value)
 {
     return present ? QJsonValue(value) : QJsonValue(QString());
 }
-
-/// JSON text written straight into a buffer. A list of 10,000 plans built as QJsonObjects and then
-/// serialised took twice as long as everything else the command does.
-class JsonWriter final
-{
-public:
-    explicit JsonWriter(QByteArray& out)
-        : m_out(out)
-    { }
-
-    void key(const char* name)
-    {
-        m_out.append(m_first ? "\"" : ",\"").append(name).append("\":");
-        m_first = false;
-    }
-    void beginObject()
-    {
-        m_out.append('{');
-        m_first = true;
-    }
-    void endObject() { m_out.append('}'); }
-    void number(qint64 value) { m_out.append(QByteArray::number(value)); }
-    void numberOrEmpty(bool present, qint64 value)
-    {
-        if (present)
-            number(value);
-        else
-            m_out.append("\"\"");
-    }
-    void string(const QString& text) { utf8(text.toUtf8()); }
-    /// Text known to need no escapes, such as a UUID's.
-    void plain(const QByteArray& text) { m_out.append('"').append(text).append('"'); }
-    void utf8(const QByteArray& text)
-    {
-        m_out.append('"');
-        // Runs without anything to escape go in whole: most names have nothing to escape.
-        const char* begin = text.constData();
-        const char* end = begin + text.size();
-        const char* run = begin;
-        for (const char* at = begin; at != end; ++at) {
-            const auto byte = static_cast<unsigned char>(*at);
-            if (byte != '"' && byte != '\\' && byte >= 0x20)
-                continue;
-            m_out.append(run, int(at - run));
-            if (byte == '"' || byte == '\\') {
-                m_out.append('\\').append(*at);
-            } else {
-                static const char hex[] = "0123456789abcdef";
-                const char escaped[] = {'\\', 'u', '0', '0', hex[byte >> 4], hex[byte & 0xf]};
-                m_out.append(escaped, int(sizeof escaped));
-            }
-            run = at + 1;
-        }
-        m_out.append(run, int(end - run));
-        m_out.append('"');
-    }
-    /// The form of StoreTime::toIso, "yyyy-MM-ddThh:mm:ssZ", or empty for no time.
-    void time(const QDateTime& value)
-    {
-        if (!value.isValid()) {
-            m_out.append("\"\"", 2);
-            return;
-        }
-        const QDateTime utc = value.timeSpec() == Qt::UTC ? value : value.toUTC();
-        int year = 0;
-        int month = 0;
-        int day = 0;
-        utc.date().getDate(&year, &month, &day);
-        const int secs = utc.time().msecsSinceStartOfDay() / 1000;
-        if (year < 0 || year > 9999) {
-            string(StoreTime::toIso(utc));
-            return;
-        }
-        char text[22] = "\"0000-00-00T00:00:00Z";
-        auto put = [&text](int at, int value, int digits) {
-            for (int i = digits - 1; i >= 0; --i, value /= 10)
-                text[at + i] = char('0' + value % 10);
-        };
-        put(1, year, 4);
-        put(6, month, 2);
-        put(9, day, 2);
-        put(12, secs / 3600, 2);
-        put(15, secs / 60 % 60, 2);
-        put(18, secs % 60, 2);
-        text[21] = '"';
-        m_out.append(text, 22);
-    }
-
-private:
-    QByteArray& m_out;
-    bool m_first = true;
-};
 
 /// The same fields as PlanCommands::info(), as JSON text.
 void writeInfo(JsonWriter& json, const PlanRecord& plan)

@@ -4,6 +4,7 @@
 #include "frame/model_names.h"
 #include "platform/communication/command_calls.h"
 #include "platform/communication/command_params.h"
+#include "platform/communication/connection_manager.h"
 #include "platform/communication/icommand.h"
 #include "platform/logging/twl_debug.h"
 
@@ -11,6 +12,8 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QStyle>
+
+#include <utility>
 
 namespace TWB::GUI {
 
@@ -56,6 +59,8 @@ bool StorageBackupModel::init()
     connect(source, &QAbstractItemModel::rowsAboutToBeRemoved, this, &StorageBackupModel::onScRowsAboutToBeRemoved);
     connect(source, &QAbstractItemModel::rowsRemoved, this, &StorageBackupModel::onScRowsRemoved);
     connect(source, &QAbstractItemModel::dataChanged, this, &StorageBackupModel::onScDataChanged);
+    if (auto connection = ConnectionManager::instance())
+        connect(connection, &ConnectionManager::localManagmentConnected, this, &StorageBackupModel::refetchStalled);
     const int count = source->rowCount();
     if (count > 0) {
         beginInsertRows(QModelIndex(), 0, count - 1);
@@ -363,13 +368,23 @@ void StorageBackupModel::onResult()
     auto* command = qobject_cast<ICommand*>(sender());
     if (!command)
         return;
+    const QJsonObject params = command->request().object().value(QStringLiteral("params")).toObject();
+    const QString path = params.value(QStringLiteral("path")).toString();
+    const int type = params.value(QStringLiteral("type")).toInt();
+    const QUuid destination(params.value(QStringLiteral("destination")).toString());
+    const int currentPart = params.value(QStringLiteral("currentPart")).toInt();
     try {
+        // A listing the service never answered is asked again once it is back; a refusal is not.
+        if (command->failed) {
+            const auto account = roots.find(destination);
+            if (account != roots.end()) {
+                Node* node
+                    = path.isEmpty() ? account->second.node.get() : account->second.nodes.value(nodeKey(path, type));
+                if (node && node->awaitedPart == currentPart)
+                    stalled.append({destination, path.isEmpty() ? QString() : nodeKey(path, type)});
+            }
+        }
         const QJsonArray entries = replyData(*command).value(QStringLiteral("contentRestore")).toArray();
-        const QJsonObject params = command->request().object().value(QStringLiteral("params")).toObject();
-        const QString path = params.value(QStringLiteral("path")).toString();
-        const int type = params.value(QStringLiteral("type")).toInt();
-        const QUuid destination(params.value(QStringLiteral("destination")).toString());
-        const int currentPart = params.value(QStringLiteral("currentPart")).toInt();
 
         const auto account = roots.find(destination);
         if (account == roots.end() || !account->second.node)
@@ -382,6 +397,7 @@ void StorageBackupModel::onResult()
         // no part lands twice or at the wrong place.
         if (node->awaitedPart != currentPart) {
             TWL::TwlDebug("TWB").debug() << "Dropped a listing the tree no longer waits for:" << path << currentPart;
+            Q_EMIT complite();
             command->deleteLater();
             return;
         }
@@ -426,6 +442,21 @@ void StorageBackupModel::onResult()
         fail(text);
     }
     command->deleteLater();
+}
+
+void StorageBackupModel::refetchStalled()
+{
+    const auto listings = std::exchange(stalled, {});
+    for (const auto& listing : listings) {
+        const auto account = roots.find(listing.first);
+        if (account == roots.end())
+            continue;
+        Node* node
+            = listing.second.isEmpty() ? account->second.node.get() : account->second.nodes.value(listing.second);
+        // Only a node still waiting for that listing: one collapsed or listed anew meanwhile is left be.
+        if (node && node->loaded != 0 && node->awaitedPart >= 0)
+            onUpdate(indexOf(node));
+    }
 }
 
 void StorageBackupModel::forget(Root& root, Node* node)

@@ -135,6 +135,11 @@ private:
     static QString nodeKey(const QString& path, int type);
 
     void renumberRoots();
+    /// Lists anew every folder whose listing the lost service left unanswered.
+    void refetchStalled();
+
+    /// Listings that broke off with the service: account and node key, empty for the account's top.
+    QVector<QPair<QUuid, QString>> stalled;
 
     std::map<QUuid, Root> roots;
     /// The accounts in the order of the top-level rows. The model keeps its own list, since the storage

@@ -355,7 +355,7 @@ private Q_SLOTS:
         QVERIFY(m_window->currentPlan().isNull());
         QCOMPARE(toolbarTexts(m_window->toolBar()),
             QStringList({QStringLiteral("Add account"), QStringLiteral("Edit"), QStringLiteral("Details"),
-                QStringLiteral("Remove")}));
+                QStringLiteral("Browse"), QStringLiteral("Remove")}));
         QVERIFY(!m_window->removeAction()->isEnabled());
         QVERIFY(!m_window->startAction()->isEnabled());
         savePicture(QStringLiteral("console_window_toolbar_storages"));
