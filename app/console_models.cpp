@@ -14,6 +14,8 @@ ConsoleModels::ConsoleModels()
     , m_storages(ModelNames::StorageConnection)
     , m_storageTree(ModelNames::StorageBackup)
     , m_storageFullTree(ModelNames::StorageBackupFull)
+    , m_historyByPlan(ModelNames::HistoryGetByPlan)
+    , m_historyByFile(ModelNames::HistoryGetByFile)
 { }
 
 void ConsoleModels::start()
@@ -22,8 +24,8 @@ void ConsoleModels::start()
     if (!manager)
         return;
     // The storage trees take their top level from the storage list, so they come after it.
-    const std::initializer_list<TWB::GUI::ModelCreator*> creators {
-        &m_planTable, &m_backupTable, &m_restoreTable, &m_storages, &m_storageTree, &m_storageFullTree};
+    const std::initializer_list<TWB::GUI::ModelCreator*> creators {&m_planTable, &m_backupTable, &m_restoreTable,
+        &m_storages, &m_storageTree, &m_storageFullTree, &m_historyByPlan, &m_historyByFile};
     for (TWB::GUI::ModelCreator* creator : creators)
         manager->registrateCreator(*creator);
     for (TWB::GUI::ModelCreator* creator : creators) {

@@ -144,11 +144,12 @@ void HistoryCommands::listByFiles(const QJsonObject& request, const Responder& r
     const qint64 lastId = params.optionalInteger("lastId", 0, 0, std::numeric_limits<qint64>::max());
     const QUuid plan = params.optionalUuid("planId");
     const int operation = int(params.optionalInteger("filterOperationType", 0, 0, FileOperationRecord::Failed));
+    const qint64 run = params.optionalInteger("runId", 0, 0, std::numeric_limits<qint64>::max());
     const QDateTime since = periodStart(params);
     const bool csv = params.optionalBool("generateCSV", false);
 
     const QList<FileOperationRecord> records
-        = HistoryStore(m_database).fileOperations(plan, since, lastId, operation, pageSize());
+        = HistoryStore(m_database).fileOperations(plan, since, lastId, operation, pageSize(), run);
     QJsonArray entries;
     for (const FileOperationRecord& record : records) {
         QJsonObject entry;
