@@ -22,12 +22,12 @@
 #include <QLabel>
 #include <QMenu>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QSortFilterProxyModel>
 #include <QSplitter>
 #include <QStandardPaths>
 #include <QStyledItemDelegate>
-#include <QToolButton>
 #include <QTreeView>
 #include <QVBoxLayout>
 #include <QtConcurrent>
@@ -144,10 +144,9 @@ HistoryView::HistoryView(QWidget* parent)
     for (int operation = 1; operation <= 4; ++operation)
         m_operation->addItem(operationText(operation), operation);
 
-    m_export = new QToolButton(this);
-    m_export->setText(tr("Export\u2026"));
-    m_export->setPopupMode(QToolButton::InstantPopup);
-    m_export->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    m_export = new QPushButton(tr("Export\u2026"), this);
+    // The menu arrow is drawn over the text unless the button has room for both.
+    m_export->setMinimumWidth(m_export->sizeHint().width() + m_export->fontMetrics().height());
     auto* exportMenu = new QMenu(m_export);
     exportMenu->addAction(tr("Runs\u2026"), this, [this] { askExportPath(true); });
     exportMenu->addAction(tr("File operations\u2026"), this, [this] { askExportPath(false); });
@@ -156,6 +155,9 @@ HistoryView::HistoryView(QWidget* parent)
     m_progress->setMaximumWidth(160);
     m_progress->hide();
     m_status = new QLabel(this);
+    // A long path must not widen the tab; the whole text stays in the tool tip.
+    m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_status->setMinimumWidth(120);
 
     auto* filters = new QHBoxLayout;
     filters->addWidget(new QLabel(tr("Plan:"), this));
@@ -166,8 +168,7 @@ HistoryView::HistoryView(QWidget* parent)
     filters->addSpacing(8);
     filters->addWidget(new QLabel(tr("Result:"), this));
     filters->addWidget(m_result);
-    filters->addStretch(1);
-    filters->addWidget(m_status);
+    filters->addWidget(m_status, 1);
     filters->addWidget(m_progress);
     filters->addWidget(m_export);
 
@@ -467,10 +468,12 @@ void HistoryView::onExportSaved()
 
 void HistoryView::onModelError(const QString& text)
 {
-    if (isExporting() && !m_save.isRunning())
+    if (isExporting() && !m_save.isRunning()) {
         finishExport(text);
-    else
-        m_status->setText(text);
+        return;
+    }
+    m_status->setText(text);
+    m_status->setToolTip(text);
 }
 
 void HistoryView::finishExport(const QString& error)
@@ -480,6 +483,7 @@ void HistoryView::finishExport(const QString& error)
     m_progress->hide();
     m_export->setEnabled(true);
     m_status->setText(error.isEmpty() ? tr("Exported %L1 lines to %2").arg(m_exportLines).arg(path) : error);
+    m_status->setToolTip(m_status->text());
     Q_EMIT exportFinished(path, error);
 }
 

@@ -16,7 +16,7 @@ class QComboBox;
 class QLabel;
 class QProgressBar;
 class QSortFilterProxyModel;
-class QToolButton;
+class QPushButton;
 class QTreeView;
 
 namespace TWB::Host {
@@ -41,7 +41,7 @@ public:
     QComboBox* operationBox() const { return m_operation; }
     QTreeView* runsView() const { return m_runsView; }
     QTreeView* filesView() const { return m_filesView; }
-    QToolButton* exportButton() const { return m_export; }
+    QPushButton* exportButton() const { return m_export; }
     QProgressBar* exportProgress() const { return m_progress; }
     QLabel* statusLabel() const { return m_status; }
     /// The "DbID" of the run whose operations are shown; 0 for all runs shown.
@@ -83,7 +83,7 @@ private:
     QTreeView* m_runsView = nullptr; // owned by parent-child
     QTreeView* m_filesView = nullptr; // owned by parent-child
     QLabel* m_filesTitle = nullptr; // owned by parent-child
-    QToolButton* m_export = nullptr; // owned by parent-child
+    QPushButton* m_export = nullptr; // owned by parent-child
     QProgressBar* m_progress = nullptr; // owned by parent-child
     QLabel* m_status = nullptr; // owned by parent-child
     QTimer m_refresh; // gathers the notices of several runs ending at once into one reload

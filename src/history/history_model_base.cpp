@@ -148,13 +148,14 @@ void HistoryModelBase::onGetResult()
     try {
         const QJsonArray list = replyData(*command).value(keys.command).toArray();
         if (!list.isEmpty()) {
-            hasMore = true;
             const int first = rows.size();
             beginInsertRows(QModelIndex(), first, first + list.size() - 1);
             rows.reserve(first + list.size());
             for (const QJsonValue& value : list)
                 rows.append(value.toObject().toVariantMap());
             endInsertRows();
+            // Only now: a view that asks for more while the rows go in would ask for this page again.
+            hasMore = true;
         }
         Q_EMIT complite();
     } catch (const QString& text) {
