@@ -238,8 +238,14 @@ HistoryView::HistoryView(QWidget* parent)
     m_refresh.setSingleShot(true);
     m_refresh.setInterval(300);
     connect(&m_refresh, &QTimer::timeout, this, [this] {
+        if (!hasModels())
+            return;
+        // The selected run's operations stay in view while the runs reload, and are read again
+        // once the run is found among them.
         m_keepRun = selectedRun();
-        reload();
+        m_runs->load(chosenPeriod(), chosenPlan());
+        if (m_keepRun == 0)
+            loadFiles();
     });
     connect(&m_save, &QFutureWatcher<QString>::finished, this, &HistoryView::onExportSaved);
     fillPlans();
@@ -338,13 +344,15 @@ void HistoryView::reload()
 {
     if (!hasModels())
         return;
+    m_keepRun = 0;
     m_runs->load(chosenPeriod(), chosenPlan());
     loadFiles();
 }
 
 void HistoryView::loadFiles()
 {
-    if (!hasModels())
+    // While the runs reload, the selection they lose is no choice of the user's.
+    if (!hasModels() || m_keepRun != 0)
         return;
     const qint64 run = selectedRun();
     m_files->setRun(run);
@@ -369,15 +377,19 @@ void HistoryView::onRunsLoaded()
 {
     if (m_keepRun == 0)
         return;
-    for (int row = 0; row < m_runs->rowCount(); ++row) {
-        if (m_runs->entry(row).value(QStringLiteral("DbID")).toLongLong() != m_keepRun)
-            continue;
-        m_keepRun = 0;
-        const QModelIndex index = m_runsByResult->mapFromSource(m_runs->index(row, 0));
-        m_runsView->selectionModel()->select(
-            index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows | QItemSelectionModel::Current);
+    int found = -1;
+    for (int row = 0; row < m_runs->rowCount() && found < 0; ++row) {
+        if (m_runs->entry(row).value(QStringLiteral("DbID")).toLongLong() == m_keepRun)
+            found = row;
+    }
+    m_keepRun = 0;
+    // A run further down than the first page is not looked for: the operations of all runs take its place.
+    if (found < 0) {
+        loadFiles();
         return;
     }
+    m_runsView->selectionModel()->setCurrentIndex(m_runsByResult->mapFromSource(m_runs->index(found, 0)),
+        QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
 
 void HistoryView::onNotification(const QJsonDocument& document)

@@ -281,12 +281,15 @@ private Q_SLOTS:
         QVERIFY(view.grab().save(TestEnvironment::outputDir() + QStringLiteral("/history_tab.png")));
 
         // The run's end reaches the rows without a reload by hand, and the selection stays.
+        const qint64 selected = view.selectedRun();
+        QVERIFY(selected > 0);
         QVERIFY(m_client->call(QStringLiteral("PlanExecuteStop"), {{QStringLiteral("ID"), slow.toString()}}).success);
         QVERIFY(EngineTestSupport::waitForEnd(*m_client, slow).ended);
         EngineTestSupport::setOption(m_service->dataDir(), QStringLiteral("Local Bandwidth"), QString());
         QTRY_VERIFY_WITH_TIMEOUT(
             text(*shown, 0, 0) == QLatin1String("Large") && shown->index(0, 3).data().toInt() != 2, 10000);
         QVERIFY(!text(*shown, 0, 6).isEmpty());
+        QTRY_COMPARE(view.selectedRun(), selected);
         QTRY_COMPARE(view.filesView()->model()->rowCount(), 50);
     }
 };
