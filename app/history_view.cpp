@@ -128,7 +128,9 @@ HistoryView::HistoryView(QWidget* parent)
     }
 
     m_plan = new QComboBox(this);
-    m_plan->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    // Plan names can be long; the list shows them whole, the closed box a fixed share of the row.
+    m_plan->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_plan->setMinimumContentsLength(24);
     m_period = new QComboBox(this);
     // The order is that of the models' periods: 0 all, 1 day, 2 week, 3 month.
     m_period->addItems({tr("All time"), tr("Last day"), tr("Last week"), tr("Last month")});
@@ -184,6 +186,7 @@ HistoryView::HistoryView(QWidget* parent)
     m_runsView->setItemDelegateForColumn(runFinishColumn, new TWB::GUI::DateTimeDelegate(m_runsView));
 
     m_filesTitle = new QLabel(this);
+    m_filesTitle->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     auto* filesBar = new QHBoxLayout;
     filesBar->addWidget(m_filesTitle, 1);
     filesBar->addWidget(new QLabel(tr("Operation:"), this));
