@@ -15,6 +15,8 @@ ConsoleModels::ConsoleModels()
     , m_storageTree(ModelNames::StorageBackup)
     , m_storageFullTree(ModelNames::StorageBackupFull)
     , m_storageTable(ModelNames::StorageBackupTable)
+    , m_historyByPlan(ModelNames::HistoryGetByPlan)
+    , m_historyByFile(ModelNames::HistoryGetByFile)
 { }
 
 void ConsoleModels::start()
@@ -25,7 +27,7 @@ void ConsoleModels::start()
     // The storage trees take their top level from the storage list, and the table its tree, so each comes
     // after what it reads.
     const std::initializer_list<TWB::GUI::ModelCreator*> creators {&m_planTable, &m_backupTable, &m_restoreTable,
-        &m_storages, &m_storageTree, &m_storageFullTree, &m_storageTable};
+        &m_storages, &m_storageTree, &m_storageFullTree, &m_storageTable, &m_historyByPlan, &m_historyByFile};
     for (TWB::GUI::ModelCreator* creator : creators)
         manager->registrateCreator(*creator);
     for (TWB::GUI::ModelCreator* creator : creators) {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "frame/shared_model_creator.h"
+#include "history/history_get_by_file_model.h"
+#include "history/history_get_by_plan_model.h"
 #include "plans/plan_backup_model.h"
 #include "plans/plan_restore_model.h"
 #include "plans/plan_table_model.h"
@@ -34,6 +36,8 @@ private:
     TWB::GUI::SharedModelCreator<TWB::GUI::StorageBackupModel> m_storageTree;
     TWB::GUI::SharedModelCreator<TWB::GUI::StorageBackupFullModel> m_storageFullTree;
     TWB::GUI::SharedModelCreator<TWB::GUI::StorageBackupTableModel> m_storageTable;
+    TWB::GUI::SharedModelCreator<TWB::GUI::HistoryGetByPlanModel> m_historyByPlan;
+    TWB::GUI::SharedModelCreator<TWB::GUI::HistoryGetByFileModel> m_historyByFile;
 };
 
 } // namespace TWB::Host

@@ -1,5 +1,6 @@
 #include "app/console_window.h"
 
+#include "app/history_view.h"
 #include "app/plan_view_support.h"
 #include "app/run_progress_delegate.h"
 #include "app/storage_actions.h"
@@ -108,7 +109,14 @@ ConsoleWindow::ConsoleWindow(
         m_tabs->addTab(m_storageView, tr("Storage accounts"));
         m_storageActions = new StorageActions(m_storageView, m_tabs, this);
     }
-    // The history of runs joins these tabs once its models exist; no empty tab stands for it meanwhile.
+    m_historyView = new HistoryView(this);
+    if (m_historyView->hasModels()) {
+        m_tabs->addTab(m_historyView, tr("History"));
+    } else {
+        // No empty tab stands for a history the host does not offer.
+        delete m_historyView;
+        m_historyView = nullptr;
+    }
     setCentralWidget(m_tabs);
     buildActions();
 

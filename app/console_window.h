@@ -27,6 +27,7 @@ class Base;
 
 namespace TWB::Host {
 
+class HistoryView;
 class RunProgressDelegate;
 class StorageActions;
 
@@ -51,6 +52,8 @@ public:
     QTreeView* storageView() const { return m_storageView; }
     /// Add, edit, details and remove of the storage accounts; null without the storage tab.
     StorageActions* storageActions() const { return m_storageActions; }
+    /// The runs and file operations of the plans, when the host registered their models.
+    HistoryView* historyView() const { return m_historyView; }
     QAction* startAction() const { return m_start; }
     QAction* stopAction() const { return m_stop; }
     QAction* runFullAction() const { return m_runFull; }
@@ -111,6 +114,7 @@ private:
     QTreeView* m_restoreView = nullptr; // owned by parent-child
     QTreeView* m_storageView = nullptr; // owned by parent-child
     StorageActions* m_storageActions = nullptr; // owned by m_storageView
+    HistoryView* m_historyView = nullptr; // owned by parent-child
     QAction* m_start = nullptr; // owned by parent-child
     QAction* m_stop = nullptr; // owned by parent-child
     QAction* m_runFull = nullptr; // owned by parent-child

@@ -149,9 +149,11 @@ QList<RunRecord> HistoryStore::runs(const QUuid& plan, const QDateTime& since, q
 }
 
 QList<FileOperationRecord> HistoryStore::fileOperations(
-    const QUuid& plan, const QDateTime& since, qint64 beforeId, int operation, int limit)
+    const QUuid& plan, const QDateTime& since, qint64 beforeId, int operation, int limit, qint64 run)
 {
     Filter filter;
+    if (run > 0)
+        filter.add(QStringLiteral("f.run_id = ?"), run);
     if (!plan.isNull())
         filter.add(QStringLiteral("f.plan_id = ?"), plan.toString());
     if (since.isValid())

@@ -64,9 +64,9 @@ public:
     /// Runs of one plan, or of all plans for a null id, that started at `since` or later (all for an
     /// invalid time), with ids below `beforeId` (all for 0), newest first.
     QList<RunRecord> runs(const QUuid& plan, const QDateTime& since, qint64 beforeId, int limit);
-    /// File operations, likewise by finish time; `operation` 0 takes every kind.
+    /// File operations, likewise by finish time; `operation` 0 takes every kind, `run` 0 every run.
     QList<FileOperationRecord> fileOperations(
-        const QUuid& plan, const QDateTime& since, qint64 beforeId, int operation, int limit);
+        const QUuid& plan, const QDateTime& since, qint64 beforeId, int operation, int limit, qint64 run = 0);
 
 private:
     Database& m_database;

@@ -153,11 +153,20 @@ const QStringList step3 = {
     QStringLiteral("ALTER TABLE plans DROP COLUMN next_run_full_utc"),
 };
 
+// The history pages newest first within a run and within one kind of operation as well; without
+// these a run's page sorted all of its operations, and a filter on a rare kind walked the whole table.
+const QStringList step4 = {
+    QStringLiteral("CREATE INDEX file_operations_by_run_id ON file_operations(run_id, id)"),
+    QStringLiteral("DROP INDEX file_operations_by_run"),
+    QStringLiteral("CREATE INDEX file_operations_by_operation ON file_operations(operation, id)"),
+    QStringLiteral("CREATE INDEX file_operations_by_plan_operation ON file_operations(plan_id, operation, id)"),
+};
+
 } // namespace
 
 int Migrations::count()
 {
-    return 3;
+    return 4;
 }
 
 QStringList Migrations::step(int version)
@@ -169,6 +178,8 @@ QStringList Migrations::step(int version)
         return step2;
     case 3:
         return step3;
+    case 4:
+        return step4;
     default:
         return {};
     }
