@@ -19,6 +19,7 @@
 #include "plans/size_delegate.h"
 #include "plans/storage_name_delegate.h"
 #include "platform/plan/base.h"
+#include "settings/setting_dialog.h"
 #include "storages/storage_connections_model.h"
 #include "storages/storage_connections_sort_model.h"
 #include "platform/communication/connection_manager.h"
@@ -288,6 +289,15 @@ void ConsoleWindow::buildActions()
     m_remove = toolbar->addAction(IconManager::icon(IconManager::Remove, IconManager::Small), tr("Remove"));
     m_remove->setToolTip(tr("Remove the selected plan"));
     m_toolbar = toolbar;
+    m_settings = new QAction(tr("Settings…"), this);
+    auto* settingsButton = new QToolButton(m_tabs);
+    settingsButton->setDefaultAction(m_settings);
+    m_tabs->setCornerWidget(settingsButton, Qt::TopRightCorner);
+    connect(m_settings, &QAction::triggered, this, [this] {
+        QPointer<TWB::GUI::SettingDialog> dialog = new TWB::GUI::SettingDialog(this);
+        dialog->exec();
+        delete dialog;
+    });
     // A tab without actions leaves the bar empty; it keeps its height so that the tabs do not jump.
     toolbar->setMinimumHeight(toolbar->sizeHint().height());
     for (QAction* action : {m_newBackup, m_edit, m_start, m_stop, m_runFull, m_remove})

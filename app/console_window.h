@@ -53,6 +53,8 @@ public:
     QAction* removeAction() const { return m_remove; }
     QAction* newBackupAction() const { return m_newBackup; }
     QAction* editAction() const { return m_edit; }
+    /// Opens the settings dialog; it stands beside the tabs, whichever is in view.
+    QAction* settingsAction() const { return m_settings; }
     /// The plan the controls act on: the one selected on the plan tab in view, or none.
     QUuid currentPlan() const { return m_currentPlan; }
     QToolBar* toolBar() const { return m_toolbar; }
@@ -105,6 +107,7 @@ private:
     QAction* m_remove = nullptr; // owned by parent-child
     QAction* m_newBackup = nullptr; // owned by parent-child
     QAction* m_edit = nullptr; // owned by parent-child
+    QAction* m_settings = nullptr; // owned by parent-child
     QToolBar* m_toolbar = nullptr; // owned by parent-child
     QHash<QWidget*, QList<QAction*>> m_tabActions;
     QHash<QAction*, QString> m_toolTips; // each plan action's own tip, while the service answers
