@@ -18,9 +18,7 @@ Network::Network(QWidget* parent)
     QFormLayout* connection = addGroup(tr("Connection"));
     addOptionalNumber(connection, tr("Try a failed storage request up to"), QStringLiteral("RetryAttempts"), 1,
         2147483647, tr(" times"));
-    addNote(connection,
-        tr("Holds for S3-compatible storages and for storages reached through rclone; the others retry on their "
-           "own."));
+    addNote(connection, tr("For S3 storages and for those reached through rclone."));
     addFlag(connection, tr("Ignore certificate errors"), QStringLiteral("IgnoreSSL"), false);
     addNote(connection, tr("Only for storages whose certificate you trust: the connection is no longer checked."));
 
