@@ -19,6 +19,7 @@
 #include "plans/size_delegate.h"
 #include "plans/storage_name_delegate.h"
 #include "platform/plan/base.h"
+#include "platform/settings/default_settings.h"
 #include "settings/setting_dialog.h"
 #include "storages/storage_connections_model.h"
 #include "storages/storage_connections_sort_model.h"
@@ -289,6 +290,8 @@ void ConsoleWindow::buildActions()
     m_remove = toolbar->addAction(IconManager::icon(IconManager::Remove, IconManager::Small), tr("Remove"));
     m_remove->setToolTip(tr("Remove the selected plan"));
     m_toolbar = toolbar;
+    // Plan wizards read the default notice addressee at once: the options are fetched before any opens.
+    TWB::DefaultSettings::instance();
     m_settings = new QAction(tr("Settings…"), this);
     auto* settingsButton = new QToolButton(m_tabs);
     settingsButton->setDefaultAction(m_settings);

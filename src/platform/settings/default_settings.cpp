@@ -2,6 +2,7 @@
 
 #include "platform/communication/command_calls.h"
 #include "platform/communication/command_params.h"
+#include "platform/communication/connection_manager.h"
 #include "platform/logging/twl_debug.h"
 
 #include <QCoreApplication>
@@ -31,6 +32,10 @@ QPointer<DefaultSettings> DefaultSettings::instance()
         settings = new DefaultSettings;
         if (auto app = QCoreApplication::instance())
             connect(app, &QCoreApplication::aboutToQuit, settings, &QObject::deleteLater);
+        // A service met anew may hold other values: one restarted with another data folder, or changed
+        // by another console while this one was away.
+        if (auto connection = ConnectionManager::instance())
+            connect(connection, &ConnectionManager::localManagmentConnected, settings, &DefaultSettings::load);
         settings->load();
     }
     return settings;
@@ -81,8 +86,11 @@ void DefaultSettings::onLoadResult()
     command->deleteLater();
     try {
         const QJsonObject options = replyData(*command).value(QStringLiteral("options")).toObject();
-        for (auto it = options.constBegin(); it != options.constEnd(); ++it)
-            property(it.key())->take(it.value().toString());
+        // A value set since this answer was asked for is newer than the answer.
+        for (auto it = options.constBegin(); it != options.constEnd(); ++it) {
+            if (!m_sending.value(it.key()))
+                property(it.key())->take(it.value().toString());
+        }
     } catch (const QString& text) {
         logCommandFailure(*command, text);
         Q_EMIT error(text);
@@ -98,6 +106,7 @@ void DefaultSettings::send(const QString& key, const QString& value)
         setCommandParams(*command,
             {{QStringLiteral("profile"), currentProfile()}, {QStringLiteral("options"), QJsonObject {{key, value}}}});
         sendOwned(*command);
+        ++m_sending[key];
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << text;
         Q_EMIT error(text);
@@ -117,6 +126,8 @@ void DefaultSettings::onSaveResult()
                                     .value(QStringLiteral("options"))
                                     .toObject();
     const QString key = options.isEmpty() ? QString() : options.constBegin().key();
+    if (m_sending.value(key) > 0)
+        --m_sending[key];
     try {
         replyData(*command);
     } catch (const QString& text) {

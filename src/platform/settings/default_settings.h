@@ -118,6 +118,8 @@ private:
     Property* property(const QString& key);
 
     QMap<QString, Property*> m_items; // owned by parent-child
+    /// Values sent and not yet answered, by key.
+    QMap<QString, int> m_sending;
 };
 
 } // namespace TWB
