@@ -22,6 +22,8 @@
 #include "plans/size_delegate.h"
 #include "plans/storage_name_delegate.h"
 #include "platform/plan/base.h"
+#include "platform/settings/default_settings.h"
+#include "settings/setting_dialog.h"
 #include "storages/storage_connections_model.h"
 #include "storages/storage_connections_sort_model.h"
 #include "platform/communication/connection_manager.h"
@@ -304,6 +306,17 @@ void ConsoleWindow::buildActions()
     m_remove = toolbar->addAction(IconManager::icon(IconManager::Remove, IconManager::Small), tr("Remove"));
     m_remove->setToolTip(tr("Remove the selected plan"));
     m_toolbar = toolbar;
+    // Plan wizards read the default notice addressee at once: the options are fetched before any opens.
+    TWB::DefaultSettings::instance();
+    m_settings = new QAction(tr("Settings…"), this);
+    auto* settingsButton = new QToolButton(m_tabs);
+    settingsButton->setDefaultAction(m_settings);
+    m_tabs->setCornerWidget(settingsButton, Qt::TopRightCorner);
+    connect(m_settings, &QAction::triggered, this, [this] {
+        QPointer<TWB::GUI::SettingDialog> dialog = new TWB::GUI::SettingDialog(this);
+        dialog->exec();
+        delete dialog;
+    });
     // A tab without actions leaves the bar empty; it keeps its height so that the tabs do not jump.
     toolbar->setMinimumHeight(toolbar->sizeHint().height());
     for (QAction* action : {m_newBackup, m_newRestore, m_edit, m_restore, m_start, m_stop, m_runFull, m_remove})

@@ -64,6 +64,8 @@ public:
     QAction* restoreAction() const { return m_restore; }
     /// Opens the restore wizard on `items` of the storage account `storage`.
     void restoreFromStorage(const QUuid& storage, const QStringList& items);
+    /// Opens the settings dialog; it stands beside the tabs, whichever is in view.
+    QAction* settingsAction() const { return m_settings; }
     /// The plan the controls act on: the one selected on the plan tab in view, or none.
     QUuid currentPlan() const { return m_currentPlan; }
     QToolBar* toolBar() const { return m_toolbar; }
@@ -123,6 +125,7 @@ private:
     QAction* m_edit = nullptr; // owned by parent-child
     QAction* m_newRestore = nullptr; // owned by parent-child
     QAction* m_restore = nullptr; // owned by parent-child
+    QAction* m_settings = nullptr; // owned by parent-child
     QToolBar* m_toolbar = nullptr; // owned by parent-child
     QHash<QWidget*, QList<QAction*>> m_tabActions;
     QHash<QAction*, QString> m_toolTips; // each plan action's own tip, while the service answers

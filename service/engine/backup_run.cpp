@@ -4,7 +4,6 @@
 #include "platform/plan/backup_file.h"
 #include "service/store/database.h"
 #include "service/catalog/plan_paths.h"
-#include "service/store/product_options.h"
 #include "service/engine/restic_output.h"
 #include "service/engine/retention_rules.h"
 #include "service/engine/run_state.h"
@@ -368,7 +367,6 @@ void BackupRun::backup()
     arguments << m_selection.options();
     if (m_force)
         arguments << QStringLiteral("--force");
-    arguments << ProductOptions(m_places.optionsFile()).bandwidthArguments(m_account.type);
     // The snapshot's time is the run's own, to the second, so that the catalog knows it without
     // asking restic again.
     // restic takes whole seconds: a backup that starts in the second of the plan's last one is

@@ -3,9 +3,11 @@
 #include "platform/logging/twl_debug.h"
 #include "platform/plan/backup.h"
 #include "platform/plan/factory.h"
+#include "service/engine/option_mapping.h"
 #include "service/engine/repository_key_store.h"
 #include "service/engine/restic_output.h"
 #include "service/store/plan_store.h"
+#include "service/store/product_options.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -117,12 +119,17 @@ void EngineSteps::obscureSecrets(BackendTarget& target, std::function<void(const
 EngineCall EngineSteps::restic(
     const BackendTarget& target, const QString& repository, const QString& password, const QStringList& arguments) const
 {
-    return EngineCall::restic(target, repository, password, m_places.cacheDir(), m_places.rcloneConfig(), arguments);
+    EngineCall call
+        = EngineCall::restic(target, repository, password, m_places.cacheDir(), m_places.rcloneConfig(), arguments);
+    OptionMapping::applyToRestic(ProductOptions(m_places.optionsFile()), target, call);
+    return call;
 }
 
 EngineCall EngineSteps::rclone(const BackendTarget& target, const QStringList& arguments) const
 {
-    return EngineCall::rclone(target, m_places.rcloneConfig(), arguments);
+    EngineCall call = EngineCall::rclone(target, m_places.rcloneConfig(), arguments);
+    OptionMapping::applyToRclone(ProductOptions(m_places.optionsFile()), target, call);
+    return call;
 }
 
 void EngineSteps::run(

@@ -8,7 +8,6 @@
 #include "service/catalog/version_catalog.h"
 #include "service/catalog/plan_paths.h"
 #include "service/store/plan_store.h"
-#include "service/store/product_options.h"
 #include "service/engine/repository_key_store.h"
 #include "service/engine/restic_output.h"
 #include "service/engine/run_state.h"
@@ -191,7 +190,6 @@ void RestoreRun::restoreGroup(QStringList passwords, bool userPassword)
     QStringList arguments = {QStringLiteral("restore"), group.snapshot.id, QStringLiteral("--target"), m_staging};
     for (const QString& path : group.paths)
         arguments << QStringLiteral("--include") << BackupSelection::escaped(path);
-    arguments << ProductOptions(m_places.optionsFile()).bandwidthArguments(m_account.type);
     m_measureTimer.start();
     callRestic(m_target, repository, password, arguments, nullptr,
         [this, passwords, userPassword](int exitCode, const QString& error) {

@@ -13,14 +13,24 @@ class ProductOptions final
 public:
     explicit ProductOptions(const QString& optionsFile);
 
-    /// restic's speed limits for a storage of that type: "Local Bandwidth" for file-system
-    /// accounts, "Cloud Bandwidth" for the others, in KByte/s both ways; none when unset.
-    QStringList bandwidthArguments(int storageType) const;
+    /// The speed limit for a storage of that type in KByte/s: "Local Bandwidth" for file-system
+    /// accounts, "Cloud Bandwidth" for the others; 0 when unset.
+    int bandwidth(int storageType) const;
     /// Whether backups may run on battery power: "BackUpOnBattery", true unless it says "false".
     bool backUpOnBattery() const;
+    bool ignoreSsl() const;
+    /// Parallel connections to a storage; 0 leaves restic's own default.
+    int threads() const;
+    /// "DefaultChunkSize" in whole MiB, 0 when unset.
+    int chunkSizeMiB() const;
+    /// "MultiThread memory usage" in bytes, 0 when unset.
+    qint64 memoryBytes() const;
+    /// Attempts of one storage request before a run gives up; 0 leaves the back-end's default.
+    int retryAttempts() const;
+    /// "http://host:port" when a proxy is set, else empty.
+    QString proxyUrl() const;
 
-    /// The options a console may read and set: the retention of plans with the default policy, the
-    /// speed limits and backups on battery.
+    /// Every option a console may read and set.
     static QStringList knownKeys();
     /// Every known option by key; an unset one is "".
     QMap<QString, QString> values() const;
@@ -30,6 +40,9 @@ public:
     void write(const QMap<QString, QString>& values) const;
 
 private:
+    QString text(const QString& key) const;
+    qint64 number(const QString& key) const;
+
     QString m_file;
 };
 

@@ -13,6 +13,12 @@ QString LicenseRestrictions::edition()
     return value.isEmpty() ? QStringLiteral("business") : value.toLower();
 }
 
+QString LicenseRestrictions::editionTitle()
+{
+    const QString e = edition();
+    return e.isEmpty() ? e : e.left(1).toUpper() + e.mid(1);
+}
+
 bool LicenseRestrictions::isFreeEdition()
 {
     return edition() == QLatin1String("free");
@@ -34,6 +40,11 @@ bool LicenseRestrictions::hasShareLimit()
 {
     const QString e = edition();
     return e == QLatin1String("free") || e == QLatin1String("personal");
+}
+
+int LicenseRestrictions::shareLimit()
+{
+    return hasShareLimit() ? 1 : -1;
 }
 
 } // namespace TWB::GUI::License

@@ -1,21 +1,26 @@
 #include "platform/settings/default_settings.h"
 
+#include "platform/communication/command_calls.h"
+#include "platform/communication/command_params.h"
+#include "platform/communication/connection_manager.h"
+#include "platform/logging/twl_debug.h"
+
 #include <QCoreApplication>
-#include <QDir>
-#include <QSettings>
-#include <QStandardPaths>
+#include <QJsonObject>
 
 namespace TWB {
 
+using namespace TWB::Common::Communication;
+
 namespace {
 
-QString settingsFile()
+// A command whose receiver is gone still ends, and frees itself, when its answer comes.
+void sendOwned(ICommand& command)
 {
-    QString dir = qEnvironmentVariable("TWB_CONSOLE_SETTINGS_DIR");
-    if (dir.isEmpty())
-        dir = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
-    QDir().mkpath(dir);
-    return dir + QStringLiteral("/default_settings.ini");
+    QObject::connect(&command, &ICommand::complite, &command, &QObject::deleteLater);
+    QObject::connect(&command, &ICommand::error, &command, &QObject::deleteLater);
+    QObject::connect(&command, &ICommand::timeout, &command, &QObject::deleteLater);
+    command.exec();
 }
 
 } // namespace
@@ -27,33 +32,110 @@ QPointer<DefaultSettings> DefaultSettings::instance()
         settings = new DefaultSettings;
         if (auto app = QCoreApplication::instance())
             connect(app, &QCoreApplication::aboutToQuit, settings, &QObject::deleteLater);
+        // A service met anew may hold other values: one restarted with another data folder, or changed
+        // by another console while this one was away.
+        if (auto connection = ConnectionManager::instance())
+            connect(connection, &ConnectionManager::localManagmentConnected, settings, &DefaultSettings::load);
+        settings->load();
     }
     return settings;
 }
 
-DefaultSettings::DefaultSettings()
-    : settings(new QSettings(settingsFile(), QSettings::IniFormat))
-{ }
+DefaultSettings::DefaultSettings() = default;
 
-DefaultSettings::~DefaultSettings()
-{
-    delete settings;
-}
+DefaultSettings::~DefaultSettings() = default;
 
 QString DefaultSettings::value(const QString& key) const
 {
-    return settings->value(key).toString();
+    const Property* item = m_items.value(key);
+    return item ? item->value() : QString();
 }
 
 void DefaultSettings::setValue(const QString& key, const QString& value)
 {
-    settings->setValue(key, value);
-    settings->sync();
+    property(key)->setValue(value);
 }
 
-QString DefaultSettings::fileName() const
+Property* DefaultSettings::property(const QString& key)
 {
-    return settings->fileName();
+    Property*& item = m_items[key];
+    if (!item) {
+        item = new Property(key, QString(), this);
+        connect(item, &Property::valueChanged, this, &DefaultSettings::send);
+    }
+    return item;
+}
+
+void DefaultSettings::load()
+{
+    try {
+        ICommand* command = newCommand(QStringLiteral("GetProductOptions"), this, &DefaultSettings::onLoadResult);
+        setCommandParams(*command, {{QStringLiteral("profile"), currentProfile()}});
+        sendOwned(*command);
+    } catch (const QString& text) {
+        TWL::TwlDebug("TWB").warning() << text;
+        Q_EMIT error(text);
+    }
+}
+
+void DefaultSettings::onLoadResult()
+{
+    auto* command = qobject_cast<ICommand*>(sender());
+    if (!command)
+        return;
+    command->deleteLater();
+    try {
+        const QJsonObject options = replyData(*command).value(QStringLiteral("options")).toObject();
+        // A value set since this answer was asked for is newer than the answer.
+        for (auto it = options.constBegin(); it != options.constEnd(); ++it) {
+            if (!m_sending.value(it.key()))
+                property(it.key())->take(it.value().toString());
+        }
+    } catch (const QString& text) {
+        logCommandFailure(*command, text);
+        Q_EMIT error(text);
+        return;
+    }
+    Q_EMIT loaded();
+}
+
+void DefaultSettings::send(const QString& key, const QString& value)
+{
+    try {
+        ICommand* command = newCommand(QStringLiteral("SetProductOptions"), this, &DefaultSettings::onSaveResult);
+        setCommandParams(*command,
+            {{QStringLiteral("profile"), currentProfile()}, {QStringLiteral("options"), QJsonObject {{key, value}}}});
+        sendOwned(*command);
+        ++m_sending[key];
+    } catch (const QString& text) {
+        TWL::TwlDebug("TWB").warning() << text;
+        Q_EMIT error(text);
+    }
+}
+
+void DefaultSettings::onSaveResult()
+{
+    auto* command = qobject_cast<ICommand*>(sender());
+    if (!command)
+        return;
+    command->deleteLater();
+    const QJsonObject options = command->request()
+                                    .object()
+                                    .value(QStringLiteral("params"))
+                                    .toObject()
+                                    .value(QStringLiteral("options"))
+                                    .toObject();
+    const QString key = options.isEmpty() ? QString() : options.constBegin().key();
+    if (m_sending.value(key) > 0)
+        --m_sending[key];
+    try {
+        replyData(*command);
+    } catch (const QString& text) {
+        logCommandFailure(*command, text);
+        Q_EMIT error(text);
+        return;
+    }
+    Q_EMIT saved(key);
 }
 
 } // namespace TWB
