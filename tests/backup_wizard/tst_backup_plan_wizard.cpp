@@ -100,11 +100,7 @@ private:
 
     void write(const QString& relative, const QByteArray& text)
     {
-        const QString path = m_tree + QLatin1Char('/') + relative;
-        QVERIFY(QDir().mkpath(QFileInfo(path).path()));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(text);
+        TestEnvironment::writeFile(m_tree + QLatin1Char('/') + relative, text);
     }
 
     /// Opens the source page's tree down to `path`, folder by folder, as a user clicks the arrows.
@@ -354,12 +350,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, configuration);
         QFETCH(QByteArray, rebranding);
         QFETCH(QList<int>, path);
-        for (const auto& file :
-            {qMakePair(m_env->configFile(), configuration), qMakePair(m_env->rebrandingFile(), rebranding)}) {
-            QFile out(file.first);
-            QVERIFY(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
-            out.write(file.second);
-        }
+        TestEnvironment::writeFile(m_env->configFile(), configuration);
+        TestEnvironment::writeFile(m_env->rebrandingFile(), rebranding);
         Application::rereadConfiguration();
         auto restore = qScopeGuard([this] {
             QFile::remove(m_env->configFile());

@@ -45,13 +45,6 @@ public:
     QSpinBox* cloudType;
 };
 
-void writeFile(const QString& path, const QByteArray& text)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text);
-}
-
 } // namespace
 
 class TestPageAdvancedFilter : public QObject
@@ -166,9 +159,9 @@ private Q_SLOTS:
         QFETCH(QByteArray, config);
         QFETCH(int, next);
         if (!rebranding.isEmpty())
-            writeFile(m_env->rebrandingFile(), rebranding);
+            TestEnvironment::writeFile(m_env->rebrandingFile(), rebranding);
         if (!config.isEmpty())
-            writeFile(m_env->configFile(), config);
+            TestEnvironment::writeFile(m_env->configFile(), config);
         Application::rereadConfiguration();
         PagesWizard wizard;
         wizard.cloudType->setValue(cloudType);
@@ -179,7 +172,7 @@ private Q_SLOTS:
     {
         PagesWizard wizard;
         QCOMPARE(wizard.actions->nextId(), 5);
-        writeFile(m_env->configFile(), "license=free\n");
+        TestEnvironment::writeFile(m_env->configFile(), "license=free\n");
         QCOMPARE(wizard.actions->nextId(), 6);
     }
 
@@ -239,28 +232,6 @@ private Q_SLOTS:
         QVERIFY(wizard.actions->findChild<WarningFrame*>()->isVisible());
         wizard.setField(QLatin1String(PageBackupActions::FieldPostActionProgram), QStringLiteral("sh"));
         QVERIFY(wizard.actions->validatePage());
-    }
-
-    void pagePictures()
-    {
-        PagesWizard wizard;
-        BackupFile fresh;
-        QVERIFY(wizard.filter->fromPlan(&fresh));
-        wizard.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&wizard));
-        wizard.setField(QLatin1String(PageAdvancedFilter::FieldFilterType), int(BackupFile::ExcludeMasks));
-        wizard.filter->setMasks({QStringLiteral("*.tmp"), QStringLiteral("*.[ch")});
-        wizard.filter->setExcludedFolders({QStringLiteral("node_modules")});
-        wizard.setField(QLatin1String(PageAdvancedFilter::FieldSizeLimitEnable), true);
-        wizard.setField(QLatin1String(PageAdvancedFilter::FieldModifiedBeforeEnable), true);
-        QVERIFY(wizard.grab().save(TestEnvironment::outputDir() + QStringLiteral("/page_advanced_filter.png")));
-
-        wizard.setStartId(107);
-        wizard.restart();
-        wizard.setField(QLatin1String(PageBackupActions::FieldPreActionEnable), true);
-        wizard.setField(QLatin1String(PageBackupActions::FieldPreActionProgram), QStringLiteral("/usr/bin/mysqldump"));
-        wizard.setField(QLatin1String(PageBackupActions::FieldPostActionEnable), true);
-        QVERIFY(wizard.grab().save(TestEnvironment::outputDir() + QStringLiteral("/page_backup_actions.png")));
     }
 };
 

@@ -65,13 +65,6 @@ void encrypt(BackupFile& plan, const QString& password, Backup::Encyption::Type 
     plan.encryption().setPassword(password);
 }
 
-void writeFile(const QString& path, const QByteArray& text)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text);
-}
-
 } // namespace
 
 class TestPageCompressionEndEncryption : public QObject
@@ -201,7 +194,7 @@ private Q_SLOTS:
         QFETCH(QString, classLabel);
         QFETCH(int, classes);
         if (!rebranding.isEmpty())
-            writeFile(m_env->rebrandingFile(), rebranding);
+            TestEnvironment::writeFile(m_env->rebrandingFile(), rebranding);
         // Entered first with another back-end: nothing of it may stay.
         EncryptionWizard wizard(type == 3 ? 2 : 3, m_azure);
         wizard.page->initializePage();
@@ -294,7 +287,7 @@ private Q_SLOTS:
         QFETCH(int, type);
         QFETCH(bool, free);
         if (free)
-            writeFile(m_env->configFile(), "license=free\n");
+            TestEnvironment::writeFile(m_env->configFile(), "license=free\n");
         EncryptionWizard wizard(type, m_azure);
         wizard.setStartId(3);
         BackupFile plan;

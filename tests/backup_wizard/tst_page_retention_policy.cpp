@@ -280,24 +280,6 @@ private Q_SLOTS:
         QCOMPARE(wizard.full->isComplete(), complete);
         QCOMPARE(wizard.button(QWizard::NextButton)->isEnabled(), complete);
     }
-
-    void pagePictures()
-    {
-        Wizard wizard;
-        BackupFile plan;
-        plan.retentionPolicy() = customPolicy();
-        plan.forceFullSchedule().setEnable(true);
-        plan.forceFullSchedule().setType(Schedule::Recurring);
-        plan.forceFullSchedule().setFrequencyType(Schedule::MonthlyByDayOfMonth);
-        wizard.load(&plan);
-        wizard.setStartId(103);
-        wizard.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&wizard));
-        QVERIFY(wizard.grab().save(TestEnvironment::outputDir() + QStringLiteral("/page_retention_policy.png")));
-        wizard.setStartId(104);
-        wizard.restart();
-        QVERIFY(wizard.grab().save(TestEnvironment::outputDir() + QStringLiteral("/page_full_schedule.png")));
-    }
 };
 
 QTEST_MAIN(TestPageRetentionPolicy)

@@ -100,39 +100,6 @@ private Q_SLOTS:
         QTest::qWait(50); // a second connection would deliver a second signal within this turn
         QCOMPARE(updates.count(), 1);
         QCOMPARE(log.count(QtInfoMsg, QStringLiteral("TWB"), QStringLiteral("Notification to start update...")), 1);
-
-        m_service.stop();
-        QVERIFY(disconnected.wait());
-        QCOMPARE(disconnected.count(), 1);
-        QVERIFY(m_service.listen(m_env->socketPath()));
-        QVERIFY(connected.wait());
-        QCOMPARE(connected.count(), 2);
-        QVERIFY(m_service.waitForClient());
-    }
-
-    void unknownNotificationIsLoggedAtDebugAndChangesNothing_data()
-    {
-        QTest::addColumn<QByteArray>("line");
-        QTest::newRow("unknown type") << QByteArray(
-            "{\"type\":\"notification\",\"id\":\"{11111111-2222-3333-4444-555555555555}\",\"data\":{}}");
-        QTest::newRow("no id") << QByteArray("{\"type\":\"notification\",\"data\":{}}");
-    }
-
-    void unknownNotificationIsLoggedAtDebugAndChangesNothing()
-    {
-        QFETCH(QByteArray, line);
-        ApplicationEventController controller;
-        controller.init();
-        QSignalSpy updates(&controller, &ApplicationEventController::updateStarted);
-        QSignalSpy notifications(TWB::Common::Communication::NotificationCenter::instance().data(),
-            &TWB::Common::Communication::NotificationCenter::notification);
-        LogCapture log;
-        m_service.sendRaw(line + '\n');
-        QVERIFY(notifications.wait());
-        QTRY_COMPARE(log.count(QtDebugMsg, QStringLiteral("TWB"), QStringLiteral("Notiifcation is 0x00")), 1);
-        QCOMPARE(updates.count(), 0);
-        QCOMPARE(log.warnings(), 0);
-        QVERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
     }
 
     void applicationQuitNotificationQuitsTheEventLoop()
@@ -174,31 +141,22 @@ private Q_SLOTS:
 
     void identityComesFromRebrandingAndConfiguration()
     {
-        QFile rebranding(m_env->rebrandingFile());
-        QVERIFY(rebranding.open(QIODevice::WriteOnly));
-        rebranding.write("ProductName=Harbour Backup\nCompanyName=Harbour\nWebSite=https://harbour.example\n");
-        rebranding.close();
+        TestEnvironment::writeFile(m_env->rebrandingFile(),
+            "ProductName=Harbour Backup\nCompanyName=Harbour\nWebSite=https://harbour.example\n");
         QCOMPARE(Application::applicationName(), QStringLiteral("Harbour Backup"));
         QCOMPARE(Application::companyName(), QStringLiteral("Harbour"));
         QCOMPARE(Application::website(), QStringLiteral("https://harbour.example"));
         QVERIFY(Application::copyright().contains(QStringLiteral("Tidewrack")));
         // Each accessor keeps the table it loaded first.
-        QVERIFY(rebranding.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        rebranding.write("ProductName=Changed\n");
-        rebranding.close();
+        TestEnvironment::writeFile(m_env->rebrandingFile(), "ProductName=Changed\n");
         QCOMPARE(Application::applicationName(), QStringLiteral("Harbour Backup"));
 
-        QFile config(m_env->configFile());
-        QVERIFY(config.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        config.write("supportEmail = help@harbour.example\nedition = managed\n");
-        config.close();
+        TestEnvironment::writeFile(m_env->configFile(), "supportEmail = help@harbour.example\nedition = managed\n");
         QCOMPARE(Application::supportEmail(), QStringLiteral("help@harbour.example"));
         QVERIFY(Application::isFbs());
         QVERIFY(!Application::isStandalon());
         // Read once: widgets ask while they paint, and the file does not change under a running console.
-        QVERIFY(config.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        config.write("supportEmail = other@harbour.example\n");
-        config.close();
+        TestEnvironment::writeFile(m_env->configFile(), "supportEmail = other@harbour.example\n");
         QCOMPARE(Application::supportEmail(), QStringLiteral("help@harbour.example"));
         QVERIFY(Application::isFbs());
         Application::rereadConfiguration();

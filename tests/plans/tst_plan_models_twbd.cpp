@@ -4,11 +4,10 @@
 #include "plans/plan_table_model.h"
 #include "plans/plan_xml_list.h"
 #include "platform/communication/connection_manager.h"
-#include "platform/plan/backup_file.h"
-#include "platform/plan/restore_file.h"
+#include "plan_samples.h"
 #include "plan_test_rows.h"
+#include "service_fixture.h"
 #include "support/service_process.h"
-#include "support/test_caller.h"
 #include "support/test_environment.h"
 
 #include <QAbstractItemModelTester>
@@ -21,35 +20,14 @@
 
 using namespace TWB::GUI;
 using TWB::Common::Communication::ConnectionManager;
-using TWB::Info::Plan::BackupFile;
-using TWB::Info::Plan::RestoreFile;
+using TWB::Test::PlanSamples;
 using TWB::Test::RegisteredPlanTable;
+using TWB::Test::ServiceFixture;
 using TWB::Test::ServiceProcess;
-using TWB::Test::TestCaller;
+using TWB::Test::ServiceReply;
 using TWB::Test::TestEnvironment;
 
 namespace {
-
-QString backupXml(const QUuid& id, const QString& name, const QUuid& storage)
-{
-    BackupFile plan;
-    plan.setId(id);
-    plan.setName(name);
-    plan.setStorage(storage);
-    plan.setItems({QStringLiteral("/home/alice/Documents")});
-    return plan.toXml();
-}
-
-QString restoreXml(const QUuid& id, const QString& name, const QUuid& storage)
-{
-    RestoreFile plan;
-    plan.setId(id);
-    plan.setName(name);
-    plan.setStorage(storage);
-    plan.setRestoreItems({QStringLiteral("/home/alice/Documents")});
-    plan.setDestination(QStringLiteral("/home/alice/Restored"));
-    return plan.toXml();
-}
 
 QStringList names(const QAbstractItemModel& model)
 {
@@ -71,32 +49,13 @@ private:
     std::unique_ptr<ServiceProcess> m_service;
     QUuid m_account;
 
-    /// Sends a command to the service and waits for its answer. Null data when it failed.
-    QJsonObject call(const QString& name, const QJsonObject& params, QString* failure = nullptr)
-    {
-        TestCaller caller;
-        QSignalSpy succeeded(&caller, &TestCaller::succeeded);
-        QSignalSpy failed(&caller, &TestCaller::failed);
-        if (!caller.send(name, params))
-            return QJsonObject();
-        if (!QTest::qWaitFor([&] { return succeeded.count() + failed.count() > 0; }, 10000))
-            return QJsonObject();
-        if (!failed.isEmpty()) {
-            if (failure)
-                *failure = failed.first().first().toString();
-            return QJsonObject();
-        }
-        return succeeded.first().first().toJsonObject();
-    }
-
     bool importPlan(const QUuid& id, const QString& xml)
     {
-        QString failure;
-        call(QStringLiteral("PlanUpdate"), {{QStringLiteral("ID"), id.toString()}, {QStringLiteral("planXML"), xml}},
-            &failure);
-        if (!failure.isEmpty())
-            qWarning("PlanUpdate failed: %s", qPrintable(failure));
-        return failure.isEmpty();
+        const ServiceReply reply = ServiceFixture::callThroughChannel(
+            QStringLiteral("PlanUpdate"), {{QStringLiteral("ID"), id.toString()}, {QStringLiteral("planXML"), xml}});
+        if (!reply.success)
+            qWarning("PlanUpdate failed: %s", qPrintable(reply.error));
+        return reply.success;
     }
 
 private Q_SLOTS:
@@ -110,8 +69,9 @@ private Q_SLOTS:
         QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
         qputenv("USER", "alice");
         // The service makes a storage account on its first start; plans go there.
-        const QJsonArray accounts
-            = call(QStringLiteral("StorageGetConnection"), {}).value(QStringLiteral("storageConnection")).toArray();
+        const QJsonArray accounts = ServiceFixture::callThroughChannel(QStringLiteral("StorageGetConnection"))
+                                        .data.value(QStringLiteral("storageConnection"))
+                                        .toArray();
         QVERIFY(!accounts.isEmpty());
         m_account = QUuid(accounts.first().toObject().value(QStringLiteral("ID")).toString());
         QVERIFY(!m_account.isNull());
@@ -142,8 +102,8 @@ private Q_SLOTS:
 
         const QUuid documents = QUuid::createUuid();
         const QUuid restore = QUuid::createUuid();
-        QVERIFY(importPlan(documents, backupXml(documents, QStringLiteral("Documents 10"), m_account)));
-        QVERIFY(importPlan(restore, restoreXml(restore, QStringLiteral("Documents back"), m_account)));
+        QVERIFY(importPlan(documents, PlanSamples::backup(documents, QStringLiteral("Documents 10"), m_account)));
+        QVERIFY(importPlan(restore, PlanSamples::restore(restore, QStringLiteral("Documents back"), m_account)));
         QTRY_COMPARE(table->rowCount(), before + 2);
         QVERIFY(backups.match(backups.index(0, 1), Qt::DisplayRole, QStringLiteral("Documents 10")).size() == 1);
         QCOMPARE(names(restores), QStringList {"Documents back"});
@@ -165,13 +125,13 @@ private Q_SLOTS:
 
         // A second plan sorts by number, not by character.
         const QUuid nine = QUuid::createUuid();
-        QVERIFY(importPlan(nine, backupXml(nine, QStringLiteral("Documents 9"), m_account)));
+        QVERIFY(importPlan(nine, PlanSamples::backup(nine, QStringLiteral("Documents 9"), m_account)));
         QTRY_COMPARE(table->rowCount(), before + 3);
         const QStringList shown = names(backups);
         QVERIFY(shown.indexOf(QStringLiteral("Documents 9")) < shown.indexOf(QStringLiteral("Documents 10")));
 
         // Renamed on the service: the row and the document follow.
-        QVERIFY(importPlan(documents, backupXml(documents, QStringLiteral("Papers"), m_account)));
+        QVERIFY(importPlan(documents, PlanSamples::backup(documents, QStringLiteral("Papers"), m_account)));
         QTRY_VERIFY(names(backups).contains(QStringLiteral("Papers")));
         QVERIFY(!names(backups).contains(QStringLiteral("Documents 10")));
         QTRY_VERIFY(backups.index(names(backups).indexOf(QStringLiteral("Papers")), 14)
@@ -187,7 +147,10 @@ private Q_SLOTS:
         PlanTableModel* table = registered.table;
         QAbstractItemModelTester tableTester(table, QAbstractItemModelTester::FailureReportingMode::QtTest);
         const QUuid id = QUuid::createUuid();
-        QVERIFY(importPlan(id, backupXml(id, QStringLiteral("Short lived"), m_account)));
+        // Items that do not exist: the started run ends at once, and the plan may be removed.
+        QVERIFY(importPlan(id,
+            PlanSamples::backup(
+                id, QStringLiteral("Short lived"), m_account, {QStringLiteral("/home/alice/Documents")})));
         QSignalSpy complite(table, &BaseModel::complite);
         QVERIFY(table->init());
         QVERIFY(complite.wait());

@@ -110,7 +110,6 @@ private Q_SLOTS:
         QTest::addColumn<bool>("kept");
         QTest::newRow("1 starts the plan: figures go") << 1 << false;
         QTest::newRow("2 stops the plan: figures stay") << 2 << true;
-        QTest::newRow("8 leaves them too") << 8 << true;
     }
 
     void runningAgainForgetsTheLastFigures()
@@ -172,19 +171,14 @@ private Q_SLOTS:
                             << "Unknown";
         QTest::newRow("1") << 1 << "UpdatedFileSearch"
                            << "Updated file search";
-        QTest::newRow("13") << 13 << "CreatingVSSSnapshot"
-                            << "Creating VSS snapshot";
         QTest::newRow("21, last before the gap") << 21 << "RunningWindowsBackup"
                                                  << "Running windows backup";
         QTest::newRow("22, in the gap") << 22 << QString() << QString();
         QTest::newRow("100, after the gap") << 100 << "InterruptedSystemSleep"
                                             << "Interrupted system sleep";
-        QTest::newRow("101") << 101 << "InterruptedBySwitchingToBatteryPower"
-                             << "Interrupted by switching to battery";
         QTest::newRow("102") << 102 << "InterruptedByNetworkFilter"
                              << "Interrupted by network filter";
         QTest::newRow("103") << 103 << QString() << QString();
-        QTest::newRow("-2") << -2 << QString() << QString();
     }
 
     void stateVocabulary()

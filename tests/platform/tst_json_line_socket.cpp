@@ -88,8 +88,6 @@ private Q_SLOTS:
     void brokenLineIsAProtocolErrorAndClosesTheSocket_data()
     {
         QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("not json") << QByteArray("hello\n");
-        QTest::newRow("json array") << QByteArray("[1,2,3]\n");
         QTest::newRow("json string") << QByteArray("\"text\"\n");
         QTest::newRow("truncated object") << QByteArray("{\"a\":\n");
         QTest::newRow("invalid utf-8 in a string") << QByteArray("{\"a\":\"\xff\xfe\"}\n");

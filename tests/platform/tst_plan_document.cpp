@@ -12,7 +12,6 @@
 #include <QRegularExpression>
 #include <QtTest>
 
-#include <functional>
 #include <memory>
 
 using namespace TWB::Info::Plan;
@@ -271,258 +270,38 @@ private:
     QRandomGenerator m_random;
 };
 
-struct Mutation
+/// The elements of a document that hold a value, each with its path below the root.
+void valueElements(const QDomElement& element, const QString& path, QList<QPair<QString, QDomElement>>& out)
 {
-    const char* field;
-    std::function<bool(Base&)> apply; // false when the field does not exist on this class
-};
-
-template <typename T> std::function<bool(Base&)> on(std::function<void(T&)> change)
-{
-    return [change](Base& plan) {
-        T* typed = dynamic_cast<T*>(&plan);
-        if (!typed)
-            return false;
-        change(*typed);
-        return true;
-    };
+    bool parent = false;
+    for (QDomElement child = element.firstChildElement(); !child.isNull(); child = child.nextSiblingElement()) {
+        parent = true;
+        valueElements(child, path + QLatin1Char('/') + child.tagName(), out);
+    }
+    if (!parent && !element.text().isEmpty())
+        out << qMakePair(path, element);
 }
 
-QString flip(const QString& s)
+/// Other values an element's text may take: the other flag, nearby numbers, one digit changed, a longer word.
+QStringList otherValues(const QString& text)
 {
-    return s + QStringLiteral("x");
-}
-
-void flipSchedule(Schedule& s, int which)
-{
-    switch (which) {
-    case 0:
-        s.setEnable(!s.isEnable());
-        break;
-    case 1:
-        s.setType(Schedule::Type(s.type() + 1));
-        break;
-    case 2:
-        s.setFrequencyType(Schedule::FrequencyType(s.frequencyType() + 1));
-        break;
-    case 3:
-        s.setSpecificDate(s.specificDate().isValid() ? s.specificDate().addSecs(1) : QDateTime::currentDateTime());
-        break;
-    case 4:
-        s.setOccursAt(s.occursAt().isValid() ? s.occursAt().addMSecs(1) : QTime(1, 2));
-        break;
-    case 5:
-        s.setOccursEvery(s.occursEvery().period + 1, s.occursEvery().start, s.occursEvery().end);
-        break;
-    case 6:
-        s.setOccursEvery(
-            s.occursEvery().period, s.occursEvery().start.isValid() ? QTime() : QTime(3, 0), s.occursEvery().end);
-        break;
-    case 7:
-        s.setOccursEvery(
-            s.occursEvery().period, s.occursEvery().start, s.occursEvery().end.isValid() ? QTime() : QTime(4, 0));
-        break;
-    case 8:
-        s.setDailyRecurrence(!s.dailyRecurrence());
-        break;
-    case 9: {
-        QBitArray days = s.weeklyFrequency();
-        days.resize(days.size() + 1);
-        s.setWeeklyFrequency(days);
-        break;
+    QStringList values;
+    if (text == QLatin1String("true") || text == QLatin1String("false"))
+        values << (text == QLatin1String("true") ? QStringLiteral("false") : QStringLiteral("true"));
+    bool number = false;
+    const qlonglong n = text.toLongLong(&number);
+    if (number)
+        values << QString::number(n + 1) << QString::number(n - 1) << QStringLiteral("1") << QStringLiteral("2");
+    for (int i = text.size() - 1; i >= 0; --i) {
+        if (text.at(i).isDigit()) {
+            QString changed = text;
+            changed[i] = text.at(i) == QLatin1Char('9') ? QLatin1Char('8') : QChar(text.at(i).unicode() + 1);
+            values << changed;
+            break;
+        }
     }
-    case 10:
-        s.setMonthlyFrequency(Schedule::WeekNumber(s.monthlyFrequency().week + 1), s.monthlyFrequency().day);
-        break;
-    case 11:
-        s.setMonthlyFrequency(s.monthlyFrequency().week, s.monthlyFrequency().day + 1);
-        break;
-    case 12:
-        s.setDayOfMonthFrequency(s.dayOfMonthFrequency() + 1);
-        break;
-    case 13:
-        s.setMonthRepeat(s.monthRepeat().months + 1, s.monthRepeat().from);
-        break;
-    case 14:
-        s.setMonthRepeat(s.monthRepeat().months, s.monthRepeat().from.isValid() ? QDate() : QDate(2030, 1, 1));
-        break;
-    default:
-        s.setStopAfter(s.stopAfter() + 1);
-        break;
-    }
-}
-const int scheduleFields = 16;
-
-QList<Mutation> mutations()
-{
-    QList<Mutation> list = {
-        {"id", on<Base>([](Base& p) { p.setId(QUuid::createUuid()); })},
-        {"name", on<Base>([](Base& p) { p.setName(flip(p.name())); })},
-        {"storage", on<Base>([](Base& p) { p.setStorage(QUuid::createUuid()); })},
-        {"file type", on<BackupFile>([](BackupFile& p) { p.setType(p.type() == 0 ? 2 : 0); })},
-        {"restore file type", on<RestoreFile>([](RestoreFile& p) { p.setType(p.type() == 0 ? 2 : 0); })},
-        {"notification type",
-            on<Base>([](Base& p) { p.notification().setType(Notification::Type(p.notification().type() + 1)); })},
-        {"notification subject",
-            on<Base>([](Base& p) { p.notification().setSubject(flip(p.notification().subject())); })},
-        {"detailed report", on<Base>([](Base& p) {
-             p.notification().setGenerateDetailedReport(!p.notification().generateDetailedReport());
-         })},
-        {"run missed", on<Base>([](Base& p) { p.setRunMissedPlan(!p.runMuissedPlan()); })},
-        {"sync before run", on<Base>([](Base& p) { p.setSyncBeforeRun(!p.syncBeforeRun()); })},
-        {"compression", on<Backup>([](Backup& p) { p.setUseCompression(!p.useCompression()); })},
-        {"differential", on<Backup>([](Backup& p) { p.setUseDifferentialUpload(!p.useDifferentialUpload()); })},
-        {"block size", on<Backup>([](Backup& p) { p.setDifferentialBlockSize(p.differentialBlockSize() + 1); })},
-        {"full condition on", on<Backup>([](Backup& p) {
-             p.setForceFullDiffSizeConditionEnable(!p.forceFullDiffSizeConditionEnable());
-         })},
-        {"full condition",
-            on<Backup>([](Backup& p) { p.setForceFullDiffSizeCondition(ushort(p.forceFullDiffSizeCondition() + 1)); })},
-        {"snapshot", on<Backup>([](Backup& p) { p.setDisableSnapshot(!p.disableSnapshot()); })},
-        {"save in cloud", on<Backup>([](Backup& p) { p.setSavePlanInCloud(!p.savePlanInCloud()); })},
-        {"encryption on", on<Backup>([](Backup& p) { p.encryption().setEnabled(!p.encryption().isEnabled()); })},
-        {"encryption type", on<Backup>([](Backup& p) {
-             p.encryption().setEncryptionType(Backup::Encyption::Type(p.encryption().encryptionType() + 1));
-         })},
-        {"password", on<Backup>([](Backup& p) { p.encryption().setPassword(flip(p.encryption().password())); })},
-        {"retention type", on<Backup>([](Backup& p) {
-             auto& r = p.retentionPolicy();
-             r.setType(Backup::RetentionPolicy::Type(r.type() + 1));
-         })},
-        {"delete older", on<Backup>([](Backup& p) {
-             p.retentionPolicy().setUseDeleteOlder(!p.retentionPolicy().useDeleteOlder());
-         })},
-        {"file age", on<Backup>([](Backup& p) {
-             auto age = p.retentionPolicy().deleteFileAge();
-             age.age += 1;
-             p.retentionPolicy().setDeleteFileAge(age);
-         })},
-        {"file age unit", on<Backup>([](Backup& p) {
-             auto age = p.retentionPolicy().deleteFileAge();
-             age.unit = Backup::RetentionPolicy::FileAge::Unit(age.unit + 1);
-             p.retentionPolicy().setDeleteFileAge(age);
-         })},
-        {"keep versions on", on<Backup>([](Backup& p) {
-             p.retentionPolicy().setUseKeepVersion(!p.retentionPolicy().useKeepVersion());
-         })},
-        {"keep versions",
-            on<Backup>([](Backup& p) { p.retentionPolicy().setKeepVersion(p.retentionPolicy().keepVersion() + 1); })},
-        {"keep last", on<Backup>([](Backup& p) {
-             p.retentionPolicy().setUseKeepLastVersion(!p.retentionPolicy().useKeepLastVersion());
-         })},
-        {"delete locally on", on<Backup>([](Backup& p) {
-             p.retentionPolicy().setUseDeleteLocaly(!p.retentionPolicy().useDeleteLocaly());
-         })},
-        {"delete locally after", on<Backup>([](Backup& p) {
-             p.retentionPolicy().setDeleteLocalyAfter(p.retentionPolicy().deleteLocalyAfter() + 1);
-         })},
-        {"backup date",
-            on<Backup>([](Backup& p) { p.retentionPolicy().setUseBackupDate(!p.retentionPolicy().useBackupDate()); })},
-        {"s3 accelerated",
-            on<Backup>([](Backup& p) { p.storageInfo().setUseS3Accelerated(!p.storageInfo().useS3Accelerated()); })},
-        {"sse", on<Backup>([](Backup& p) { p.storageInfo().setUseSSE(!p.storageInfo().useSSE()); })},
-        {"amazon class", on<Backup>([](Backup& p) {
-             p.storageInfo().setStorageClassAmazonS3(
-                 Backup::StorageInfo::AmazonS3StorageClass(p.storageInfo().storageClassAmazonS3() + 1));
-         })},
-        {"azure tier", on<Backup>([](Backup& p) {
-             p.storageInfo().setStorageClassAzureBlob(
-                 Backup::StorageInfo::AzureBlobStorageClass(p.storageInfo().storageClassAzureBlob() + 1));
-         })},
-        {"pre enabled", on<Backup>([](Backup& p) { p.actions().pre().setEnabled(!p.actions().pre().isEnabled()); })},
-        {"pre program", on<Backup>([](Backup& p) { p.actions().pre().setProgram(flip(p.actions().pre().program())); })},
-        {"pre arguments",
-            on<Backup>([](Backup& p) { p.actions().pre().setArguments(flip(p.actions().pre().arguments())); })},
-        {"pre terminate", on<Backup>([](Backup& p) {
-             p.actions().pre().setTerminateOnFailure(!p.actions().pre().terminateOnFailure());
-         })},
-        {"post enabled", on<Backup>([](Backup& p) { p.actions().post().setEnabled(!p.actions().post().isEnabled()); })},
-        {"post program",
-            on<Backup>([](Backup& p) { p.actions().post().setProgram(flip(p.actions().post().program())); })},
-        {"post arguments",
-            on<Backup>([](Backup& p) { p.actions().post().setArguments(flip(p.actions().post().arguments())); })},
-        {"post on failure", on<Backup>([](Backup& p) {
-             p.actions().post().setRunOnBackupFailure(!p.actions().post().runOnBackupFailure());
-         })},
-        {"items", on<BackupFile>([](BackupFile& p) { p.setItems(p.items() << QStringLiteral("/more")); })},
-        {"exclude items",
-            on<BackupFile>([](BackupFile& p) { p.setExcludeItems(p.excludeItems() << QStringLiteral("/x")); })},
-        {"exclude folders", on<BackupFile>([](BackupFile& p) {
-             p.setExcludeFolderList(p.excludeFolderList() << QStringLiteral("node_modules"));
-         })},
-        {"filter", on<BackupFile>([](BackupFile& p) { p.setFilter(p.filter() << QStringLiteral("*.tmp")); })},
-        {"filter type",
-            on<BackupFile>([](BackupFile& p) { p.setFilterType(BackupFile::FilterType(p.filterType() + 1)); })},
-        {"empty folders", on<BackupFile>([](BackupFile& p) { p.setBackupEmptyFolders(!p.backupEmptyFolders()); })},
-        {"hidden", on<BackupFile>([](BackupFile& p) { p.setExcludeSystemAndHidden(!p.excludeSystemAndHidden()); })},
-        {"modified since", on<BackupFile>([](BackupFile& p) {
-             p.setReBackupModifiedSince(
-                 p.reBackupModifiedSince().isValid() ? QDateTime() : QDateTime::currentDateTimeUtc());
-         })},
-        {"case-insensitive masks",
-            on<BackupFile>([](BackupFile& p) { p.setFilterCaseInsensitive(!p.filterCaseInsensitive()); })},
-        {"larger than", on<BackupFile>([](BackupFile& p) { p.setExcludeLargerThan(p.excludeLargerThan() + 1); })},
-        {"modified before", on<BackupFile>([](BackupFile& p) {
-             p.setExcludeModifiedBefore(
-                 p.excludeModifiedBefore().isValid() ? QDateTime() : QDateTime::currentDateTimeUtc());
-         })},
-        {"image disk info", on<BackupDiskImage>([](BackupDiskImage& p) {
-             auto info = QSharedPointer<DiskInfo>::create(p.diskInfo() ? *p.diskInfo() : DiskInfo());
-             info->disks << DiskInfo::Disk {QStringLiteral("sdz"), QString(), 1, {}};
-             p.setDiskInfo(info);
-         })},
-        {"bad sectors", on<BackupDiskImage>([](BackupDiskImage& p) { p.setIgnoreBadSectors(!p.ignoreBadSectors()); })},
-        {"prefetch",
-            on<BackupDiskImage>([](BackupDiskImage& p) { p.setPrefetchBlockCount(p.prefetchBlockCount() + 1); })},
-        {"restore type", on<Restore>([](Restore& p) { p.setRestoreType(Restore::RestoreType(p.restoreType() + 1)); })},
-        {"point in time", on<Restore>([](Restore& p) {
-             p.setPointInTime(
-                 p.pointInTime().isValid() ? p.pointInTime().addMSecs(1) : QDateTime::currentDateTimeUtc());
-         })},
-        {"restore encryption", on<Restore>([](Restore& p) { p.setUseEncryption(!p.useEncryption()); })},
-        {"restore password", on<Restore>([](Restore& p) { p.setEncryptionPassword(flip(p.encryptionPassword())); })},
-        {"delete plan", on<Restore>([](Restore& p) { p.setDeletePlan(Restore::DeleteType(p.deletePlan() + 1)); })},
-        {"restore s3 accelerated",
-            on<Restore>([](Restore& p) { p.storageInfo().setUseS3Accelerated(!p.storageInfo().useS3Accelerated()); })},
-        {"retrieval", on<Restore>([](Restore& p) {
-             p.storageInfo().setType(Restore::StorageInfo::Type(p.storageInfo().type() + 1));
-         })},
-        {"restore items",
-            on<RestoreFile>([](RestoreFile& p) { p.setRestoreItems(p.restoreItems() << QStringLiteral("/a")); })},
-        {"destination", on<RestoreFile>([](RestoreFile& p) { p.setDestination(flip(p.destination())); })},
-        {"original location",
-            on<RestoreFile>([](RestoreFile& p) { p.setRestoreToOriginalLocation(!p.restoreToOriginalLocation()); })},
-        {"only new", on<RestoreFile>([](RestoreFile& p) { p.setOnlyNewFiles(!p.onlyNewFiles()); })},
-        {"skip existing", on<RestoreFile>([](RestoreFile& p) { p.setSkipExistingFiles(!p.skipExistingFiles()); })},
-        {"image destination",
-            on<RestoreDiskImage>([](RestoreDiskImage& p) { p.setDestination(flip(p.destination())); })},
-        {"host", on<RestoreDiskImage>([](RestoreDiskImage& p) { p.setHostName(flip(p.hostName())); })},
-        {"restore disk info", on<RestoreDiskImage>([](RestoreDiskImage& p) {
-             p.setDiskInfo(p.diskInfo() ? QSharedPointer<DiskInfo>() : QSharedPointer<DiskInfo>::create());
-         })},
-        {"disk configuration", on<RestoreDiskImage>([](RestoreDiskImage& p) {
-             auto c = QSharedPointer<RestoreDiskConfiguration>::create(
-                 p.restoreDiskConfiguration() ? *p.restoreDiskConfiguration() : RestoreDiskConfiguration());
-             c->targetDisk = flip(c->targetDisk);
-             p.setRestoreDiskConfiguration(c);
-         })},
-        {"file format", on<RestoreDiskImage>([](RestoreDiskImage& p) {
-             auto& f = p.diskImageFileFormat();
-             f.setType(RestoreDiskImage::DiskImageFileFormat::Type(quint8(f.type() + 1)));
-         })},
-        {"format name", on<RestoreDiskImage>([](RestoreDiskImage& p) {
-             p.diskImageFileFormat().setDisplayName(flip(p.diskImageFileFormat().displayName()));
-         })},
-        {"image restore type", on<RestoreDiskImage>([](RestoreDiskImage& p) {
-             p.setDiskImageRestoreType(RestoreDiskImage::DiskImageRestoreType(p.diskImageRestoreType() + 1));
-         })},
-    };
-    for (int i = 0; i < scheduleFields; ++i) {
-        list << Mutation {"schedule field", on<Base>([i](Base& p) { flipSchedule(p.schedule(), i); })};
-        list << Mutation {
-            "full schedule field", on<Backup>([i](Backup& p) { flipSchedule(p.forceFullSchedule(), i); })};
-    }
-    return list;
+    values << text + QLatin1Char('x');
+    return values;
 }
 
 const QStringList classNames = {QStringLiteral("BackupFile"), QStringLiteral("BackupDiskImage"),
@@ -563,37 +342,53 @@ private Q_SLOTS:
         }
     }
 
-    void everyFieldIsComparedAndCarried_data()
+    void everyWrittenValueIsReadAndCompared_data()
     {
         QTest::addColumn<QString>("className");
         for (const QString& name : classNames)
             QTest::newRow(qPrintable(name)) << name;
     }
 
-    void everyFieldIsComparedAndCarried()
+    void everyWrittenValueIsReadAndCompared()
     {
+        // A value changed in the document must give another plan, which survives its own round trip: every
+        // field written is read back and takes part in the comparison. Values the class decides itself (the
+        // type of a disk image plan) come back unchanged and are passed over.
         QFETCH(QString, className);
-        const QList<Mutation> all = mutations();
-        int applied = 0;
-        for (quint32 seed = 1; seed <= 5; ++seed) {
-            for (const Mutation& mutation : all) {
-                auto original = makePlan(className);
-                PlanFiller(seed).fill(*original);
-                auto changed = makePlan(className);
-                PlanFiller(seed).fill(*changed);
-                QVERIFY(*original == *changed);
-                if (!mutation.apply(*changed))
-                    continue;
-                ++applied;
-                QVERIFY2(*original != *changed, mutation.field);
-                const auto back = roundTrip(*changed);
-                QVERIFY2(back, mutation.field);
-                QVERIFY2(*back == *changed, mutation.field);
-                QVERIFY2(*back != *original, mutation.field);
+        QSet<QString> written;
+        QSet<QString> loaded;
+        QSet<QString> told;
+        for (quint32 seed = 1; seed <= 8; ++seed) {
+            auto original = makePlan(className);
+            PlanFiller(seed).fill(*original);
+            QDomDocument document;
+            QVERIFY(document.setContent(original->toXml()));
+            const auto unchanged = fromText(document.toString());
+            QVERIFY2(unchanged && *unchanged == *original, qPrintable(QStringLiteral("seed %1").arg(seed)));
+            QList<QPair<QString, QDomElement>> elements;
+            valueElements(document.documentElement(), QString(), elements);
+            for (auto& [path, element] : elements) {
+                written.insert(path);
+                QDomNode value = element.firstChild();
+                const QString text = value.nodeValue();
+                for (const QString& other : otherValues(text)) {
+                    value.setNodeValue(other);
+                    const auto changed = fromText(document.toString());
+                    if (changed && changed->toXml() != original->toXml())
+                        loaded.insert(path);
+                    if (changed && *changed != *original) {
+                        QVERIFY2(*roundTrip(*changed) == *changed, qPrintable(path));
+                        told.insert(path);
+                        break;
+                    }
+                }
+                value.setNodeValue(text);
             }
         }
+        const QStringList unnoticed = (loaded - told).values();
+        QVERIFY2(unnoticed.isEmpty(), qPrintable(unnoticed.join(QStringLiteral(", "))));
         // Every class has at least thirty fields of its own or inherited.
-        QVERIFY(applied >= 5 * 30);
+        QVERIFY(written.size() >= 30);
     }
 
     void classesAreToldApartByCast()

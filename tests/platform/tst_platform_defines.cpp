@@ -21,13 +21,6 @@ namespace Path = SHARED::defines::Path;
 using SHARED::functions::files_operations::get_attrib_from_file;
 
 namespace {
-void writeFile(const QString& path, const QByteArray& text)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text);
-}
-
 // Sets or clears one variable for the life of the object.
 class EnvOverride
 {
@@ -146,7 +139,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, text);
         QFETCH(QString, attribute);
         QFETCH(QString, value);
-        writeFile(m_env->configFile(), text);
+        TestEnvironment::writeFile(m_env->configFile(), text);
         QCOMPARE(get_attrib_from_file(m_env->configFile(), attribute), value);
     }
 
@@ -161,10 +154,10 @@ private Q_SLOTS:
         QFile::remove(m_env->configFile());
         QVERIFY(SHARED::defines::common::is_standalone());
         QVERIFY(!SHARED::defines::common::is_fbs());
-        writeFile(m_env->configFile(), "edition = Managed\n");
+        TestEnvironment::writeFile(m_env->configFile(), "edition = Managed\n");
         QVERIFY(!SHARED::defines::common::is_standalone());
         QVERIFY(SHARED::defines::common::is_fbs());
-        writeFile(m_env->configFile(), "edition = standalone\n");
+        TestEnvironment::writeFile(m_env->configFile(), "edition = standalone\n");
         QVERIFY(SHARED::defines::common::is_standalone());
     }
 
@@ -183,7 +176,7 @@ private Q_SLOTS:
 
     void rebrandingFileOverridesTheDefaults()
     {
-        writeFile(m_env->rebrandingFile(),
+        TestEnvironment::writeFile(m_env->rebrandingFile(),
             "[Rebranding]\nProductName=Harbour Backup\nCopyrightText=Copyright 2026, Harbour Ltd\n"
             "AllowCompression=false\nAllowEncryption=0\nSignUpEnabled=yes\nAllowFileSystemAccount=perhaps\n"
             "Unknown=1\n");
@@ -198,7 +191,7 @@ private Q_SLOTS:
         QCOMPARE(rebranding.value(QStringLiteral("AllowFileSystemAccount")), QVariant(true));
         QVERIFY(!rebranding.value(QStringLiteral("Unknown")).isValid());
 
-        writeFile(m_env->rebrandingFile(), "ProductName=Second\n");
+        TestEnvironment::writeFile(m_env->rebrandingFile(), "ProductName=Second\n");
         QCOMPARE(rebranding.value(QStringLiteral("ProductName")).toString(), QStringLiteral("Harbour Backup"));
         rebranding.update();
         QCOMPARE(rebranding.value(QStringLiteral("ProductName")).toString(), QStringLiteral("Second"));

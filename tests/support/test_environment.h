@@ -23,6 +23,8 @@ public:
     static void speedUpChannel();
     /// Where tests put the pictures of their widgets.
     static QString outputDir();
+    /// Replaces a file's content, making its folder; a failure fails the running test.
+    static void writeFile(const QString& path, const QByteArray& text);
 
 private:
     QTemporaryDir m_dir;

@@ -95,13 +95,6 @@ QDateTime today(const QTime& time)
     return QDateTime(QDate::currentDate(), time);
 }
 
-void writeFile(const QString& path, const QByteArray& text)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text);
-}
-
 } // namespace
 
 class TestPageSchedule : public QObject
@@ -423,28 +416,13 @@ private Q_SLOTS:
         QFETCH(QByteArray, rebranding);
         QFETCH(int, next);
         if (!config.isEmpty())
-            writeFile(m_env->configFile(), config);
+            TestEnvironment::writeFile(m_env->configFile(), config);
         if (!rebranding.isEmpty())
-            writeFile(m_env->rebrandingFile(), rebranding);
+            TestEnvironment::writeFile(m_env->rebrandingFile(), rebranding);
         ScheduleWizard wizard(planType);
         wizard.setProperty("Property_BackupPlanType", quint8(backupKind));
         wizard.blockLevel->setChecked(blockLevel);
         QCOMPARE(wizard.schedule->nextId(), next);
-    }
-
-    void pagePicture()
-    {
-        ScheduleWizard wizard(1);
-        wizard.setField(QStringLiteral("Field_ScheduleDisabled"), true);
-        wizard.setField(QStringLiteral("Field_ScheduleUseRecurring"), true);
-        wizard.setField(QStringLiteral("Field_ScheduleFrequencyType"), 1);
-        wizard.setField(QStringLiteral("Field_WeeklyDay_1"), true);
-        wizard.setField(QStringLiteral("Weekly_Field_UsedOccursAt"), true);
-        wizard.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&wizard));
-        QVERIFY(wizard.grab().save(TestEnvironment::outputDir() + QStringLiteral("/page_schedule_weekly.png")));
-        wizard.setField(QStringLiteral("Field_ScheduleFrequencyType"), 2);
-        QVERIFY(wizard.grab().save(TestEnvironment::outputDir() + QStringLiteral("/page_schedule_monthly.png")));
     }
 };
 

@@ -99,6 +99,8 @@ private Q_SLOTS:
         PlanEditWait wait(false);
         QSignalSpy messages(&wait, &PlanEditWait::setMessage);
         onRequest(QStringLiteral("PlanUpdate"), this, [&] {
+            QVERIFY(wait.grab().save(TestEnvironment::outputDir() + QStringLiteral("/plan_edit_wait.png")));
+            QVERIFY(!(wait.windowFlags() & Qt::WindowCloseButtonHint));
             create(other);
             create(id);
         });
@@ -111,8 +113,6 @@ private Q_SLOTS:
                 {QStringLiteral("planXML"), QStringLiteral("<Plan/>")}, {QStringLiteral("ID"), id.toString()}}));
         QCOMPARE(m_service.requests(QStringLiteral("PlanExecuteStart")).size(), 0);
         QCOMPARE(messages.count(), 2);
-        QCOMPARE(messages.at(0).at(0).toString(), QStringLiteral("Exec edit plan command..."));
-        QCOMPARE(messages.at(1).at(0).toString(), QStringLiteral("Wait command result..."));
     }
 
     void newPlanToRunIsStartedThenClosed()
@@ -222,20 +222,6 @@ private Q_SLOTS:
         onRequest(QStringLiteral("PlanUpdate"), this, [&] { create(id); });
         wait.setPlan(id, QStringLiteral("<Plan/>"), true);
         QCOMPARE(shown, QStringLiteral("The plan was saved, but it could not be started: Plan is already running"));
-        QCOMPARE(wait.result(), int(QDialog::Accepted));
-    }
-
-    void waitingDialogPicture()
-    {
-        const QUuid id = QUuid::createUuid();
-        PlanEditWait wait(false);
-        onRequest(QStringLiteral("PlanUpdate"), this, [&] {
-            QVERIFY(wait.grab().save(TestEnvironment::outputDir() + QStringLiteral("/plan_edit_wait.png")));
-            QCOMPARE(wait.windowTitle(), QStringLiteral("Wait plan edit result"));
-            QVERIFY(!(wait.windowFlags() & Qt::WindowCloseButtonHint));
-            create(id);
-        });
-        wait.setPlan(id, QStringLiteral("<Plan/>"), false);
         QCOMPARE(wait.result(), int(QDialog::Accepted));
     }
 

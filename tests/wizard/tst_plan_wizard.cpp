@@ -92,10 +92,6 @@ private Q_SLOTS:
     {
         SmallWizard wizard(1);
         QCOMPARE(wizard.wizardStyle(), QWizard::MacStyle);
-        QVERIFY(wizard.minimumWidth() >= 655);
-        QCOMPARE(wizard.property("PlanType").toInt(), 1);
-        QCOMPARE(wizard.property("IsEdit").toBool(), false);
-        QVERIFY(wizard.property("PlanId").toUuid().isNull());
         QVERIFY(!wizard.pixmap(QWizard::BackgroundPixmap).isNull());
         wizard.show();
         QVERIFY(QTest::qWaitForWindowExposed(&wizard));
@@ -162,7 +158,6 @@ private Q_SLOTS:
         TWB::Info::Plan::BackupFile plan;
         QVERIFY(wizard.name->initPlan(&plan));
         QCOMPARE(plan.name(), QStringLiteral("   Photos  "));
-        QCOMPARE(wizard.name->nextId(), 2);
         QCOMPARE(wizard.name->summary(), QStringLiteral("<tr><td>Plan name:</td><td>   Photos  </td></tr>"));
 
         TWB::Info::Plan::BackupFile stored;
@@ -186,13 +181,10 @@ private Q_SLOTS:
         QVERIFY(text.indexOf(QStringLiteral("Plan name:")) < text.indexOf(QStringLiteral("Second page")));
         QVERIFY(!text.contains(QStringLiteral("Never shown")));
         auto* runNow = wizard.summary->findChild<QCheckBox*>();
-        QCOMPARE(runNow->text(), QStringLiteral("Run plan now"));
-        QVERIFY(!runNow->isChecked());
-        QVERIFY(runNow->isVisible());
+        QVERIFY(!runNow->isChecked() && runNow->isVisible());
         QVERIFY(wizard.grab().save(TestEnvironment::outputDir() + QStringLiteral("/page_summary.png")));
         Q_EMIT wizard.summary->setVisibleRunNow(false);
         QVERIFY(!runNow->isVisible());
-        QCOMPARE(wizard.summary->nextId(), -1);
         QVERIFY(wizard.summary->isFinalPage());
         // The base summary never finishes a wizard by itself.
         QVERIFY(!wizard.summary->validatePage());
@@ -226,8 +218,6 @@ private Q_SLOTS:
                                  << "/home/alice";
         QTest::newRow("prefix not at the start") << "/x/TWB_SHARES/y"
                                                  << "/x/TWB_SHARES/y";
-        QTest::newRow("prefix without its slash") << "/TWB_SHARES"
-                                                  << "/TWB_SHARES";
     }
 
     void trimmeredPathShowsDrivesAndSharesAsUsersKnowThem()
@@ -236,15 +226,6 @@ private Q_SLOTS:
         QFETCH(QString, shown);
         SourcePage page;
         QCOMPARE(page.trimmeredPath(path), shown);
-    }
-
-    void namePagePicture()
-    {
-        SmallWizard wizard(1);
-        wizard.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&wizard));
-        QTest::keyClicks(wizard.name->findChild<QLineEdit*>(), QStringLiteral("Documents"));
-        QVERIFY(wizard.grab().save(TestEnvironment::outputDir() + QStringLiteral("/page_name.png")));
     }
 };
 

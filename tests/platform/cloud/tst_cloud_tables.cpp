@@ -108,7 +108,6 @@ private Q_SLOTS:
         QTest::newRow("azure") << QJsonObject {{Key::UserName, "a"}, {Key::Password, "p"}} << int(AzureBlob);
         QTest::newRow("amazon") << QJsonObject {{Key::AccessKey, "a"}, {Key::Archive2Glacier, false}} << int(AmazonS3);
         QTest::newRow("s3 endpoint") << QJsonObject {{Key::AccessKey, "a"}, {Key::Endpoint, "e"}} << int(S3Compatible);
-        QTest::newRow("b2") << QJsonObject {{Key::AccountId, "a"}, {Key::ApplicationKey, "k"}} << int(BackBlaze);
         QTest::newRow("folder") << QJsonObject {{Key::Path, "/x"}} << int(FileSystem);
         QTest::newRow("nothing") << QJsonObject {{QStringLiteral("Colour"), "red"}} << int(Unknown);
     }
@@ -122,21 +121,6 @@ private Q_SLOTS:
         QCOMPARE(Twb2Twl::fromTwb(document).value(Key::CloudType).toString(), typeName(Type(type)));
     }
 
-    void savedKeysDifferFromConfigurationKeysWhereTheyMust()
-    {
-        QVERIFY(
-            savedDocumentKeys(AzureBlob).contains(Key::UserName) && cloudConfigKeys(AzureBlob).contains(Key::Username));
-        QVERIFY(savedDocumentKeys(Sftp).contains(Key::UseProy) && cloudConfigKeys(Sftp).contains(Key::UseProxy));
-        QVERIFY(!cloudConfigKeys(AmazonS3).contains(Key::Endpoint)
-            && savedDocumentKeys(AmazonS3Chinese).contains(Key::Endpoint));
-        QCOMPARE(savedSecretKeys(GoogleStorage, GoogleServiceAccount),
-            QStringList({Key::ServiceAccount, Key::ProjectId, Key::PrivateKey}));
-        for (const Type type : chooserOrder()) {
-            for (const QString& secret : savedSecretKeys(type))
-                QVERIFY(savedDocumentKeys(type).contains(secret));
-        }
-    }
-
     void endpointsAreReadAsTyped_data()
     {
         QTest::addColumn<QString>("typed");
@@ -148,8 +132,6 @@ private Q_SLOTS:
         QTest::newRow("typed https wins") << " HTTPS://minio.lan:9000 " << false << "https://minio.lan:9000" << true;
         QTest::newRow("path kept") << "host/acct" << false << "http://host/acct" << false;
         QTest::newRow("other scheme") << "ftp://host" << true << "" << true;
-        QTest::newRow("blank inside") << "my host" << true << "" << true;
-        QTest::newRow("scheme only") << "https://" << true << "" << true;
     }
 
     void endpointsAreReadAsTyped()

@@ -1,10 +1,10 @@
 #include "cloud_test_support.h"
+#include "service_fixture.h"
 
 #include "platform/cloud/operation_manager.h"
 #include "platform/communication/connection_manager.h"
 #include "support/cloud_peers.h"
 #include "support/service_process.h"
-#include "support/test_caller.h"
 #include "support/test_environment.h"
 
 #include <QJsonArray>
@@ -18,7 +18,6 @@ using TWB::Test::CloudPeer;
 using TWB::Test::CloudTestSupport;
 using TWB::Test::MotoPeer;
 using TWB::Test::ServiceProcess;
-using TWB::Test::TestCaller;
 using TWB::Test::TestEnvironment;
 using TWL::Cloud::IOperation;
 using TWL::Cloud::OperationManager;
@@ -37,20 +36,11 @@ private:
     MotoPeer m_moto;
     QPointer<OperationManager> m_manager;
 
-    QJsonObject call(const QString& name, const QJsonObject& params, QString* failure)
+    static QJsonObject call(const QString& name, const QJsonObject& params, QString* failure)
     {
-        TestCaller caller;
-        QSignalSpy succeeded(&caller, &TestCaller::succeeded);
-        QSignalSpy failed(&caller, &TestCaller::failed);
-        if (!caller.send(name, params))
-            return QJsonObject();
-        if (!QTest::qWaitFor([&] { return succeeded.count() + failed.count() > 0; }, 30000))
-            return QJsonObject();
-        if (!failed.isEmpty()) {
-            *failure = failed.first().first().toString();
-            return QJsonObject();
-        }
-        return succeeded.first().first().toJsonObject();
+        const TWB::Test::ServiceReply reply = TWB::Test::ServiceFixture::callThroughChannel(name, params);
+        *failure = reply.success ? QString() : reply.error;
+        return reply.data;
     }
 
     int listBuckets()

@@ -1,10 +1,10 @@
 #include "raw_client.h"
 #include "service_fixture.h"
+#include "support/cloud_peers.h"
 
 #include "service/store/certificate_store.h"
 #include "service/store/database.h"
 
-#include <QProcess>
 #include <QSslKey>
 #include <QSslSocket>
 #include <QTcpServer>
@@ -84,18 +84,11 @@ private Q_SLOTS:
         if (!QSslSocket::supportsSsl())
             QSKIP("Qt has no TLS back-end on this machine");
         m_service = std::make_unique<ServiceFixture>();
-        const QString folder = m_service->environment().root();
-        QProcess openssl;
-        openssl.setProcessChannelMode(QProcess::MergedChannels);
-        openssl.start(QStringLiteral("openssl"),
-            {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"), QStringLiteral("rsa:2048"),
-                QStringLiteral("-nodes"), QStringLiteral("-days"), QStringLiteral("2"), QStringLiteral("-subj"),
-                QStringLiteral("/CN=twb-test.invalid"), QStringLiteral("-keyout"), folder + QStringLiteral("/key.pem"),
-                QStringLiteral("-out"), folder + QStringLiteral("/cert.pem")});
-        QVERIFY(openssl.waitForFinished(60000));
-        QVERIFY2(openssl.exitCode() == 0, openssl.readAll().constData());
-        QFile cert(folder + QStringLiteral("/cert.pem"));
-        QFile key(folder + QStringLiteral("/key.pem"));
+        QString certificate;
+        QString privateKey;
+        QVERIFY(TWB::Test::CloudPeer::makeCertificate(m_service->environment().root(), &certificate, &privateKey));
+        QFile cert(certificate);
+        QFile key(privateKey);
         QVERIFY(cert.open(QIODevice::ReadOnly) && key.open(QIODevice::ReadOnly));
         m_certificate = QSslCertificate(&cert, QSsl::Pem);
         m_key = QSslKey(&key, QSsl::Rsa, QSsl::Pem);

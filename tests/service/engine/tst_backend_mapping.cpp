@@ -68,18 +68,11 @@ private Q_SLOTS:
             {QStringLiteral("Archive2Glacier"), false}};
         const QStringList amazonSecret = {QStringLiteral("s3-secret")};
 
-        QTest::newRow("file system") << 1 << QJsonObject {{QStringLiteral("Path"), QStringLiteral("/srv/backups/")}}
-                                     << plain << "/srv/backups/pc/p1" << QStringList() << Variables() << QStringList();
         QTest::newRow("Amazon S3") << 2 << amazon << plain << "s3:https://s3.amazonaws.com/bucket/pc/p1"
                                    << QStringList()
                                    << Variables {{QStringLiteral("AWS_ACCESS_KEY_ID"), QStringLiteral("AKIA1")},
                                           {QStringLiteral("AWS_SECRET_ACCESS_KEY"), QStringLiteral("s3-secret")}}
                                    << amazonSecret;
-        StorageOptions infrequent;
-        infrequent.amazonStorageClass = 4;
-        QTest::newRow("Amazon S3, Standard-IA")
-            << 2 << amazon << infrequent << "s3:https://s3.amazonaws.com/bucket/pc/p1"
-            << QStringList({QStringLiteral("s3.storage-class=STANDARD_IA")}) << Variables() << amazonSecret;
         StorageOptions deepArchive;
         deepArchive.amazonStorageClass = 7;
         QTest::newRow("Amazon S3, Glacier Deep Archive through rclone")
@@ -153,14 +146,6 @@ private Q_SLOTS:
                    {rclone("ENDPOINT"), QStringLiteral("http://127.0.0.1:10000/devstoreaccount1")}}
             << QStringList({QStringLiteral("azure-key")});
 
-        QTest::newRow("Google, access key through the S3 endpoint")
-            << 7
-            << QJsonObject {{QStringLiteral("AuthType"), 0}, {QStringLiteral("AccessKey"), QStringLiteral("GOOG1")},
-                   {QStringLiteral("SecretKey"), sealed(QStringLiteral("hmac-secret"))},
-                   {QStringLiteral("ContainerName"), QStringLiteral("gbucket")}, {QStringLiteral("UseSsl"), true}}
-            << plain << "s3:https://storage.googleapis.com/gbucket/pc/p1" << QStringList()
-            << Variables {{QStringLiteral("AWS_ACCESS_KEY_ID"), QStringLiteral("GOOG1")}}
-            << QStringList({QStringLiteral("hmac-secret")});
         QTest::newRow("Google, service account")
             << 7
             << QJsonObject {{QStringLiteral("AuthType"), 1},

@@ -89,6 +89,25 @@ private:
             .toObject();
     }
 
+    /// Starts the plan and waits until `count` progress messages of the running phase carry a `key` above 0.
+    bool startAndWaitForProgress(const QUuid& plan, int count = 1, const char* key = nullptr)
+    {
+        m_client->clearNotifications();
+        if (!m_client->call(QStringLiteral("PlanExecuteStart"), byId(plan)).success)
+            return false;
+        return QTest::qWaitFor(
+            [&] {
+                int seen = 0;
+                for (const QJsonObject& message : EngineTestSupport::progress(*m_client, plan)) {
+                    if (message.value(QStringLiteral("status_value")).toInt() == 2
+                        && (!key || message.value(QLatin1String(key)).toDouble() > 0))
+                        ++seen;
+                }
+                return seen >= count;
+            },
+            30000);
+    }
+
     void setNextRuns(const QList<QUuid>& plans, const QString& nextRun, const QString& nextRunFull)
     {
         TWB::Service::Database store(m_service->storeFile());
@@ -135,17 +154,7 @@ private Q_SLOTS:
         slowDown(true);
 
         m_client->clearNotifications();
-        QVERIFY(m_client->call(QStringLiteral("PlanExecuteStart"), byId(plan->id())).success);
-        auto running = [&] {
-            int count = 0;
-            for (const QJsonObject& message : EngineTestSupport::progress(*m_client, plan->id())) {
-                if (message.value(QStringLiteral("status_value")).toInt() == 2
-                    && message.value(QStringLiteral("size")).toDouble() > 0)
-                    ++count;
-            }
-            return count >= 2;
-        };
-        QVERIFY(QTest::qWaitFor(running, 30000));
+        QVERIFY(startAndWaitForProgress(plan->id(), 2, "size"));
 
         // One run per plan: a second start is refused, and so is removing a running plan.
         const ServiceReply again = m_client->call(QStringLiteral("PlanExecuteStart"), byId(plan->id()));
@@ -196,15 +205,10 @@ private Q_SLOTS:
         slowDown(false);
         QCOMPARE(EngineTestSupport::run(*m_client, plan->id()).status, 6);
 
-        RestoreFile back;
-        back.setId(QUuid::createUuid());
-        back.setName(QStringLiteral("Back"));
-        back.setStorage(m_account);
-        back.setRestoreItems({QStringLiteral("/TWB_VOLUMES/root") + source});
-        back.setRestoreToOriginalLocation(false);
-        back.setDestination(m_root + QStringLiteral("/large-out"));
-        QVERIFY(EngineTestSupport::save(*m_client, back));
-        QCOMPARE(EngineTestSupport::run(*m_client, back.id()).status, 6);
+        auto back = EngineTestSupport::restorePlan(
+            m_account, {QStringLiteral("/TWB_VOLUMES/root") + source}, m_root + QStringLiteral("/large-out"));
+        QVERIFY(EngineTestSupport::save(*m_client, *back));
+        QCOMPARE(EngineTestSupport::run(*m_client, back->id()).status, 6);
         QCOMPARE(
             EngineTestSupport::tree(m_root + QStringLiteral("/large-out") + source), EngineTestSupport::tree(source));
     }
@@ -291,14 +295,7 @@ private Q_SLOTS:
         plan->retentionPolicy().setKeepVersion(1);
         QVERIFY(EngineTestSupport::save(*m_client, *plan));
         slowDown(true);
-        m_client->clearNotifications();
-        QVERIFY(m_client->call(QStringLiteral("PlanExecuteStart"), byId(plan->id())).success);
-        QVERIFY(QTest::qWaitFor(
-            [&] {
-                const QList<QJsonObject> progress = EngineTestSupport::progress(*m_client, plan->id());
-                return !progress.isEmpty() && progress.last().value(QStringLiteral("status_value")).toInt() == 2;
-            },
-            30000));
+        QVERIFY(startAndWaitForProgress(plan->id()));
         const QMap<qint64, QByteArray> engine = EngineTestSupport::descendants(m_service->process().pid());
         QVERIFY(!engine.isEmpty());
         // Lists and key files lie in folders only the service's user enters.
@@ -351,14 +348,7 @@ private Q_SLOTS:
         auto plan = backupPlan(QStringLiteral("Terminated"), {source}, QStringLiteral("terminated"));
         QVERIFY(EngineTestSupport::save(*m_client, *plan));
         slowDown(true);
-        m_client->clearNotifications();
-        QVERIFY(m_client->call(QStringLiteral("PlanExecuteStart"), byId(plan->id())).success);
-        QVERIFY(QTest::qWaitFor(
-            [&] {
-                const QList<QJsonObject> progress = EngineTestSupport::progress(*m_client, plan->id());
-                return !progress.isEmpty() && progress.last().value(QStringLiteral("status_value")).toInt() == 2;
-            },
-            30000));
+        QVERIFY(startAndWaitForProgress(plan->id()));
         const qint64 service = m_service->process().pid();
         const QMap<qint64, QByteArray> engine = EngineTestSupport::descendants(service);
         QVERIFY(!engine.isEmpty());
@@ -549,18 +539,7 @@ private Q_SLOTS:
         auto plan = backupPlan(QStringLiteral("Changing"), {source}, QStringLiteral("changing"));
         QVERIFY(EngineTestSupport::save(*m_client, *plan));
         slowDown(true);
-        m_client->clearNotifications();
-        QVERIFY(m_client->call(QStringLiteral("PlanExecuteStart"), byId(plan->id())).success);
-        QVERIFY(QTest::qWaitFor(
-            [&] {
-                for (const QJsonObject& message : EngineTestSupport::progress(*m_client, plan->id())) {
-                    if (message.value(QStringLiteral("status_value")).toInt() == 2
-                        && message.value(QStringLiteral("files_copied")).toInt() >= 1)
-                        return true;
-                }
-                return false;
-            },
-            30000));
+        QVERIFY(startAndWaitForProgress(plan->id(), 1, "files_copied"));
         // restic has read the small file; it changes before the backup ends.
         EngineTestSupport::writeFile(
             early, "changed while the backup ran\n", QDateTime(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC));

@@ -586,33 +586,6 @@ private Q_SLOTS:
         QCOMPARE(EngineTestSupport::readText(target + source + QStringLiteral("/changing.txt")), QStringLiteral("3"));
     }
 
-    void defaultRetentionComesFromTheProductsOptions()
-    {
-        const QString source = m_root + QStringLiteral("/defaults");
-        EngineTestSupport::writeFile(source + QStringLiteral("/file.txt"), "one");
-        auto plan = backupPlan(QStringLiteral("Defaults"), {source}, QStringLiteral("defaults"));
-        QVERIFY(EngineTestSupport::save(*m_client, *plan));
-        QCOMPARE(EngineTestSupport::run(*m_client, plan->id()).status, 6);
-        EngineTestSupport::writeFile(source + QStringLiteral("/file.txt"), "two");
-        QCOMPARE(EngineTestSupport::run(*m_client, plan->id()).status, 6);
-        QCOMPARE(EngineTestSupport::snapshots(repository(plan->id()), QStringLiteral("defaults")).size(), 2);
-
-        // The settings dialog writes options.ini; the next run follows it.
-        EngineTestSupport::setOption(
-            m_service->dataDir(), QStringLiteral("RetentionNumberOfVersions"), QStringLiteral("1"));
-        EngineTestSupport::writeFile(source + QStringLiteral("/file.txt"), "three");
-        const RunOutcome outcome = EngineTestSupport::run(*m_client, plan->id());
-        EngineTestSupport::setOption(m_service->dataDir(), QStringLiteral("RetentionNumberOfVersions"), QString());
-        QCOMPARE(outcome.status, 6);
-        const auto left = EngineTestSupport::snapshots(repository(plan->id()), QStringLiteral("defaults"));
-        QCOMPARE(left.size(), 1);
-        const QJsonArray versions
-            = listing(QStringLiteral("GetRestoreContentManualMode"), catalogPath(source + QStringLiteral("/file.txt")));
-        QCOMPARE(versions.size(), 1);
-        QVERIFY(left.first().first.startsWith(
-            versions.first().toObject().value(QStringLiteral("Path")).toString().section(QLatin1Char('@'), 1)));
-    }
-
     void filesThatWentMissingKeepTheirLastVersion_data()
     {
         QTest::addColumn<QString>("how");

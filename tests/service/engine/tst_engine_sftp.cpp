@@ -1,6 +1,7 @@
 #include "engine_test_support.h"
 #include "raw_client.h"
 #include "service_fixture.h"
+#include "support/cloud_peers.h"
 
 #include "platform/communication/notification_types.h"
 #include "platform/plan/backup_file.h"
@@ -11,8 +12,6 @@
 #include <QJsonArray>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QtTest>
 
 #include <memory>
@@ -29,8 +28,7 @@ namespace Type = TWB::Common::Communication::Notification::Type;
 namespace {
 
 const QString prefix = QStringLiteral("laptop");
-const QString user = QStringLiteral("tester");
-const QString password = QStringLiteral("sftp Secret 42");
+const QString password = TWB::Test::SftpPeer::password();
 
 } // namespace
 
@@ -41,9 +39,8 @@ class TestEngineSftp : public QObject
     Q_OBJECT
 
 private:
+    TWB::Test::SftpPeer m_server;
     QString m_serverRoot;
-    QProcess m_server;
-    quint16 m_port = 0;
     std::unique_ptr<ServiceFixture> m_service;
     std::unique_ptr<RawClient> m_client;
     QString m_root;
@@ -56,9 +53,9 @@ private:
     {
         const QUuid id = QUuid::createUuid();
         const QJsonObject params {{QStringLiteral("Address"), QStringLiteral("127.0.0.1")},
-            {QStringLiteral("Port"), int(m_port)}, {QStringLiteral("KeepAlive"), false},
+            {QStringLiteral("Port"), int(m_server.port())}, {QStringLiteral("KeepAlive"), false},
             {QStringLiteral("UseProy"), false}, {QStringLiteral("Path"), QStringLiteral("/backups")},
-            {QStringLiteral("User"), user}, {QStringLiteral("Password"), password},
+            {QStringLiteral("User"), TWB::Test::SftpPeer::user()}, {QStringLiteral("Password"), password},
             {QStringLiteral("PrivateKey"), QString()}};
         const ServiceReply reply = client.call(QStringLiteral("SaveStorage"),
             {{QStringLiteral("ID"), id.toString()}, {QStringLiteral("displayName"), QStringLiteral("SFTP")},
@@ -72,30 +69,9 @@ private Q_SLOTS:
     {
         m_service = std::make_unique<ServiceFixture>();
         m_root = m_service->environment().root();
-        m_serverRoot = m_root + QStringLiteral("/sftp-server");
+        QVERIFY2(m_server.start(), qPrintable(m_server.output()));
+        m_serverRoot = m_server.root();
         QVERIFY(QDir().mkpath(m_serverRoot + QStringLiteral("/backups")));
-        {
-            QTcpServer probe;
-            QVERIFY(probe.listen(QHostAddress::LocalHost, 0));
-            m_port = probe.serverPort();
-        }
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("RCLONE_CONFIG"), m_root + QStringLiteral("/none.conf"));
-        environment.insert(QStringLiteral("RCLONE_CACHE_DIR"), m_root + QStringLiteral("/rclone-cache"));
-        m_server.setProcessEnvironment(environment);
-        m_server.setProcessChannelMode(QProcess::MergedChannels);
-        m_server.start(QStringLiteral("rclone"),
-            {QStringLiteral("serve"), QStringLiteral("sftp"), QStringLiteral("--addr"),
-                QStringLiteral("127.0.0.1:%1").arg(m_port), QStringLiteral("--user"), user, QStringLiteral("--pass"),
-                password, m_serverRoot});
-        QVERIFY(m_server.waitForStarted());
-        QVERIFY(QTest::qWaitFor(
-            [this] {
-                QTcpSocket socket;
-                socket.connectToHost(QHostAddress::LocalHost, m_port);
-                return socket.waitForConnected(200);
-            },
-            20000));
 
         QVERIFY2(m_service->start(), qPrintable(m_service->process().output()));
         m_client = std::make_unique<RawClient>();
@@ -104,12 +80,7 @@ private Q_SLOTS:
         QVERIFY(!m_account.isNull());
     }
 
-    void cleanupTestCase()
-    {
-        m_service.reset();
-        m_server.terminate();
-        m_server.waitForFinished(5000);
-    }
+    void cleanupTestCase() { m_service.reset(); }
 
     void backupAndRestoreOverSftpKeepTheSecretOffCommandLines()
     {

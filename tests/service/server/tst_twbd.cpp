@@ -114,21 +114,6 @@ private Q_SLOTS:
         QVERIFY2(reply.value(QStringLiteral("error_string")).toString().contains(error), received.constData());
     }
 
-    void brokenLineClosesOnlyThatConnection()
-    {
-        const QByteArray received = exchangeRaw(m_env->socketPath(), "this is not json\n", 2000);
-        QVERIFY(received.isEmpty());
-        QTRY_VERIFY(logText().contains(QStringLiteral("Closed a console after a protocol error")));
-        // The console's own connection is untouched, and an unknown command is answered with its name.
-        QVERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        TestCaller caller;
-        QSignalSpy failed(&caller, &TestCaller::failed);
-        QVERIFY(caller.send(QStringLiteral("RegenerateHID")));
-        QVERIFY(failed.wait());
-        QCOMPARE(failed.at(0).at(0).toString(), QStringLiteral("Unknown command: RegenerateHID"));
-        QTRY_VERIFY(caller.lastCommand.isNull());
-    }
-
     void secondServiceOnTheSameSocketRefusesToStart()
     {
         QProcess second;
