@@ -82,10 +82,10 @@ private Q_SLOTS:
         const QJsonObject expected {{QStringLiteral("RetentionNumberOfVersions"), QStringLiteral("1")},
             {QStringLiteral("SerializationSupportRetentionTime"), QStringLiteral("400")},
             {QStringLiteral("RetentionDeleteLastVersion"), QStringLiteral("true")},
-            {QStringLiteral("RetentionUseBackupDate"), QStringLiteral("false")},
-            {QStringLiteral("Cloud Bandwidth"), QString()}, {QStringLiteral("Local Bandwidth"), QString()},
-            {QStringLiteral("BackUpOnBattery"), QString()}};
-        QCOMPARE(productOptions(), expected);
+            {QStringLiteral("RetentionUseBackupDate"), QStringLiteral("false")}};
+        const QJsonObject stored = productOptions();
+        for (auto key = expected.constBegin(); key != expected.constEnd(); ++key)
+            QCOMPARE(stored.value(key.key()), key.value());
 
         Settings::RetentionPolicy again;
         QSignalSpy loadedAgain(&again, &Settings::RetentionPolicy::loaded);
@@ -125,8 +125,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("error");
         const QString versions = QStringLiteral("RetentionNumberOfVersions");
         QTest::newRow("unknown key") << QJsonObject {{versions, QStringLiteral("5")},
-            {QStringLiteral("MasterPassword"), QStringLiteral("x")}}
-                                     << "Unknown option \"MasterPassword\"";
+            {QStringLiteral("Favourite colour"), QStringLiteral("x")}}
+                                     << "Unknown option \"Favourite colour\"";
         QTest::newRow("negative count") << QJsonObject {{versions, QStringLiteral("-1")}}
                                         << "Option \"RetentionNumberOfVersions\" cannot be \"-1\"";
         QTest::newRow("flag in other words") << QJsonObject {{versions, QStringLiteral("5")},
