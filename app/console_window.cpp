@@ -1,5 +1,6 @@
 #include "app/console_window.h"
 
+#include "app/desktop_notifier.h"
 #include "app/plan_view_support.h"
 #include "app/run_progress_delegate.h"
 #include "app/storage_actions.h"
@@ -106,6 +107,7 @@ ConsoleWindow::ConsoleWindow(
         m_tabs->addTab(m_storageView, tr("Storage accounts"));
         m_storageActions = new StorageActions(m_storageView, m_tabs, this);
     }
+    m_desktopNotifier = new DesktopNotifier(this);
     // The history of runs joins these tabs once its models exist; no empty tab stands for it meanwhile.
     setCentralWidget(m_tabs);
     buildActions();

@@ -23,6 +23,7 @@ class PlanControlObject;
 
 namespace TWB::Host {
 
+class DesktopNotifier;
 class RunProgressDelegate;
 class StorageActions;
 
@@ -47,6 +48,7 @@ public:
     QTreeView* storageView() const { return m_storageView; }
     /// Add, edit, details and remove of the storage accounts; null without the storage tab.
     StorageActions* storageActions() const { return m_storageActions; }
+    DesktopNotifier* desktopNotifier() const { return m_desktopNotifier; }
     QAction* startAction() const { return m_start; }
     QAction* stopAction() const { return m_stop; }
     QAction* runFullAction() const { return m_runFull; }
@@ -94,6 +96,7 @@ private:
 
     ServiceLauncher& m_launcher;
     TWB::GUI::PlanControlObject* m_control = nullptr; // owned by parent-child
+    DesktopNotifier* m_desktopNotifier = nullptr; // owned by parent-child
     QTabWidget* m_tabs = nullptr; // owned by parent-child
     QTreeView* m_backupView = nullptr; // owned by parent-child
     QTreeView* m_restoreView = nullptr; // owned by parent-child
