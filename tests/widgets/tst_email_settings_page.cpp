@@ -91,6 +91,7 @@ private Q_SLOTS:
         QVERIFY2(tested.first().at(0).toBool(), qPrintable(tested.first().at(1).toString()));
         QCOMPARE(m_sink.messages().size(), 1);
         QCOMPARE(m_sink.messages().first().to, QStringList {QStringLiteral("<ann@example.org>")});
+        QCOMPARE(m_sink.messages().first().subject, QStringLiteral("Tidewrack Backup test email"));
     }
 
     void pagePicture()
