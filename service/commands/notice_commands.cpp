@@ -5,6 +5,7 @@
 #include "service/commands/params.h"
 #include "service/commands/responder.h"
 #include "service/engine/smtp_mail.h"
+#include "service/store/certificate_store.h"
 #include "service/store/notice_settings.h"
 
 namespace TWB::Service {
@@ -42,8 +43,9 @@ void NoticeCommands::sendTest(const QJsonObject&, const Responder& respond)
         throw QStringLiteral("No mail server is set");
     if (settings.recipientList().isEmpty())
         throw QStringLiteral("No address to send to is set");
-    const SmtpMail mail(settings, QStringLiteral("Tidewrack Backup test email"),
+    SmtpMail mail(settings, QStringLiteral("Tidewrack Backup test email"),
         QStringLiteral("This email shows that Tidewrack Backup can send the results of its plans to you.\n"));
+    mail.setTrustedCertificates(CertificateStore(m_database).all());
     mail.sendLater(this, [respond, to = settings.recipients](const QString& error) {
         if (error.isEmpty()) {
             respond.success({{QStringLiteral("to"), to}});

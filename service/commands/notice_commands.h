@@ -7,6 +7,7 @@
 namespace TWB::Service {
 
 class CommandRouter;
+class Database;
 class Responder;
 
 /// "GetNoticeSettings", "SetNoticeSettings": the mail server through which runs' results are sent, and
@@ -17,8 +18,9 @@ class NoticeCommands final : public QObject
     Q_OBJECT
     Q_DISABLE_COPY(NoticeCommands)
 public:
-    explicit NoticeCommands(const QString& settingsFile, QObject* parent = nullptr)
+    NoticeCommands(Database& database, const QString& settingsFile, QObject* parent = nullptr)
         : QObject(parent)
+        , m_database(database)
         , m_settingsFile(settingsFile)
     { }
 
@@ -29,6 +31,7 @@ private:
     void setSettings(const QJsonObject& params, const Responder& respond) const;
     void sendTest(const QJsonObject& params, const Responder& respond);
 
+    Database& m_database;
     QString m_settingsFile;
 };
 

@@ -6,6 +6,7 @@
 #include "platform/plan/factory.h"
 #include "service/engine/run_state.h"
 #include "service/engine/smtp_mail.h"
+#include "service/store/certificate_store.h"
 #include "service/store/history_store.h"
 #include "service/store/plan_store.h"
 #include "service/store/transaction.h"
@@ -117,7 +118,8 @@ void RunMailer::mail(const QUuid& plan)
         Q_EMIT sent(plan, reason);
         return;
     }
-    const SmtpMail message(settings, subjectFor(notice.subject(), run), bodyFor(run, notice.generateDetailedReport()));
+    SmtpMail message(settings, subjectFor(notice.subject(), run), bodyFor(run, notice.generateDetailedReport()));
+    message.setTrustedCertificates(CertificateStore(m_database).all());
     message.sendLater(this, [this, plan, runId = run.id, to = settings.recipients](const QString& failure) {
         if (failure.isEmpty())
             TWL::TwlDebug("TWB").info() << "Sent the notification email of the plan" << plan.toString() << "to" << to;

@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QLocale>
 #include <QObject>
+#include <QSslConfiguration>
 #include <QThread>
 #include <QUuid>
 
@@ -130,6 +131,14 @@ QString SmtpMail::send() const
     if (!user.isEmpty()) {
         curl_easy_setopt(c, CURLOPT_USERNAME, user.constData());
         curl_easy_setopt(c, CURLOPT_PASSWORD, password.constData());
+    }
+    QByteArray authorities;
+    if (!m_trusted.isEmpty()) {
+        // A bundle given to curl replaces the system's, which therefore goes in first.
+        for (const QSslCertificate& certificate : QSslConfiguration::systemCaCertificates() + m_trusted)
+            authorities += certificate.toPem();
+        curl_blob blob {authorities.data(), static_cast<size_t>(authorities.size()), CURL_BLOB_NOCOPY};
+        curl_easy_setopt(c, CURLOPT_CAINFO_BLOB, &blob);
     }
     curl_easy_setopt(c, CURLOPT_MAIL_FROM, from.constData());
     curl_easy_setopt(c, CURLOPT_MAIL_RCPT, list.get());

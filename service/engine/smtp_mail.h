@@ -3,6 +3,8 @@
 #include "service/store/notice_settings.h"
 
 #include <QByteArray>
+#include <QList>
+#include <QSslCertificate>
 #include <QString>
 
 #include <functional>
@@ -17,6 +19,10 @@ class SmtpMail final
 public:
     SmtpMail(const NoticeSettings& settings, const QString& subject, const QString& body);
 
+    /// Certificates the user chose to trust, for a mail server whose certificate no authority signed:
+    /// they are trusted beside the system's authorities.
+    void setTrustedCertificates(const QList<QSslCertificate>& certificates) { m_trusted = certificates; }
+
     /// The whole message as it goes on the wire: headers, then the body in base64 lines.
     QByteArray message() const;
     /// Sends it and waits: the reason it failed, or an empty text. Blocks for up to a minute, so never
@@ -30,6 +36,7 @@ private:
     NoticeSettings m_settings;
     QString m_subject;
     QString m_body;
+    QList<QSslCertificate> m_trusted;
 };
 
 } // namespace TWB::Service

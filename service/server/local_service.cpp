@@ -86,7 +86,7 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         m_content->registerAt(m_router);
         m_certificates->registerAt(m_router);
         m_settings->registerAt(m_router);
-        m_notices = std::make_unique<NoticeCommands>(RunPlaces {dataDir}.noticeSettingsFile());
+        m_notices = std::make_unique<NoticeCommands>(*m_database, RunPlaces {dataDir}.noticeSettingsFile());
         m_notices->registerAt(m_router);
 
         m_engine = std::make_unique<Engine>(*m_database, dataDir);

@@ -8,13 +8,14 @@
 
 namespace TWB::Test {
 
-bool SmtpSink::start(bool requireAuth)
+bool SmtpSink::start(const QString& certificate, const QString& key)
 {
     m_port = freePort();
     QStringList arguments {QStringLiteral(TWB_SOURCE_DIR "/tests/support/smtp_sink.py"), m_dir.path(),
-        QStringLiteral("--port"), QString::number(m_port)};
-    if (requireAuth)
-        arguments << QStringLiteral("--user") << user() << QStringLiteral("--password") << password();
+        QStringLiteral("--port"), QString::number(m_port), QStringLiteral("--user"), user(),
+        QStringLiteral("--password"), password()};
+    if (!certificate.isEmpty())
+        arguments << QStringLiteral("--cert") << certificate << QStringLiteral("--key") << key;
     m_process.start(QStringLiteral("python3"), arguments);
     return m_process.waitForStarted() && waitForPort(m_port, 20000, &m_process);
 }

@@ -17,15 +17,16 @@ struct SinkMail
     QString body;
 };
 
-/// An SMTP server on loopback (tests/support/smtp_sink.py) that keeps every message it takes; with a
-/// user it demands AUTH and refuses a wrong password.
+/// An SMTP server on loopback (tests/support/smtp_sink.py) that keeps every message it takes. It
+/// demands AUTH and refuses a wrong password.
 class SmtpSink final : public CloudPeer
 {
 public:
     static QString user() { return QStringLiteral("mailer"); }
     static QString password() { return QStringLiteral("smtp Secret 9"); }
 
-    bool start(bool requireAuth = true);
+    /// With a certificate and key, STARTTLS is demanded before anything else.
+    bool start(const QString& certificate = QString(), const QString& key = QString());
     /// Every message taken so far, oldest first.
     QList<SinkMail> messages() const;
 };

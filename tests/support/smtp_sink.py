@@ -1,15 +1,17 @@
 #!/usr/bin/env python3
 """A small SMTP server on loopback for tests: takes mail and writes each message as a JSON file.
 
-smtp_sink.py OUT_DIR [--port N] [--user U --password P]
+smtp_sink.py OUT_DIR [--port N] [--user U --password P] [--cert C --key K]
 Prints "port N" once it listens (a free one without --port). With a user set, mail is taken only
-after AUTH PLAIN or LOGIN with those credentials; a wrong password gets 535.
+after AUTH PLAIN or LOGIN with those credentials; a wrong password gets 535. With a certificate,
+STARTTLS is offered and demanded before AUTH and MAIL.
 """
 import argparse
 import asyncio
 import base64
 import json
 import os
+import ssl
 import sys
 
 
@@ -22,6 +24,7 @@ class Session:
     def __init__(self, reader, writer, args, counter):
         self.reader, self.writer, self.args, self.counter = reader, writer, args, counter
         self.authed = args.user is None
+        self.secure = args.cert is None
         self.sender, self.recipients = None, []
 
     async def reply(self, line):
@@ -84,10 +87,20 @@ class Session:
             verb = verb.upper()
             if verb in ("EHLO", "HELO"):
                 lines = ["250-sink", "250-8BITMIME"]
-                if self.args.user is not None:
+                if not self.secure:
+                    lines.append("250-STARTTLS")
+                elif self.args.user is not None:
                     lines.append("250-AUTH PLAIN LOGIN")
                 lines.append("250 SIZE 10485760")
                 await self.reply("\r\n".join(lines))
+            elif verb == "STARTTLS" and not self.secure:
+                await self.reply("220 2.0.0 Ready to start TLS")
+                context = ssl.create_default_context(ssl.Purpose.CLIENT_AUTH)
+                context.load_cert_chain(self.args.cert, self.args.key)
+                await self.writer.start_tls(context)
+                self.secure = True
+            elif not self.secure and verb in ("AUTH", "MAIL"):
+                await self.reply("530 5.7.0 Must issue a STARTTLS command first")
             elif verb == "AUTH":
                 await self.auth(rest)
             elif verb == "MAIL":
@@ -125,13 +138,15 @@ async def main():
     parser.add_argument("--port", type=int, default=0)
     parser.add_argument("--user")
     parser.add_argument("--password")
+    parser.add_argument("--cert")
+    parser.add_argument("--key")
     args = parser.parse_args()
     counter = [0]
 
     async def serve(reader, writer):
         try:
             await Session(reader, writer, args, counter).run()
-        except (ConnectionError, ValueError, IndexError):
+        except (ConnectionError, ValueError, IndexError, ssl.SSLError):
             pass
         finally:
             writer.close()

@@ -168,6 +168,33 @@ private Q_SLOTS:
         QVERIFY(!m_service->process().output().contains(QStringLiteral("not it")));
         QCOMPARE(m_sink.messages().size(), before);
     }
+
+    void startTlsTrustsWhatTheUserTrusted()
+    {
+        QString certificate;
+        QString key;
+        QVERIFY(CloudPeer::makeCertificate(m_service->environment().root(), &certificate, &key));
+        SmtpSink secure;
+        QVERIFY2(secure.start(certificate, key), qPrintable(secure.output()));
+        QVERIFY(setSettings({{QStringLiteral("Port"), QString::number(secure.port())},
+                                {QStringLiteral("Security"), QStringLiteral("starttls")},
+                                {QStringLiteral("Password"), SmtpSink::password()}})
+                    .success);
+        const ServiceReply untrusted = m_client->call(QStringLiteral("SendTestEmail"), {}, 60000);
+        QVERIFY(untrusted.received && !untrusted.success);
+        QVERIFY2(untrusted.error.contains(QStringLiteral("certificate")), qPrintable(untrusted.error));
+
+        QFile pem(certificate);
+        QVERIFY(pem.open(QIODevice::ReadOnly));
+        QVERIFY(m_client
+                    ->call(QStringLiteral("AppendToSslStorage"),
+                        {{QStringLiteral("pem"), QString::fromLatin1(pem.readAll())}})
+                    .success);
+        const ServiceReply trusted = m_client->call(QStringLiteral("SendTestEmail"), {}, 60000);
+        QVERIFY2(trusted.success, qPrintable(trusted.error));
+        QCOMPARE(secure.messages().size(), 1);
+        QCOMPARE(secure.messages().first().subject, QStringLiteral("Tidewrack Backup test email"));
+    }
 };
 
 QTEST_MAIN(TestServiceNotices)
