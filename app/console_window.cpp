@@ -1,6 +1,7 @@
 #include "app/console_window.h"
 
 #include "app/history_view.h"
+#include "app/desktop_notifier.h"
 #include "app/plan_view_support.h"
 #include "app/run_progress_delegate.h"
 #include "app/storage_actions.h"
@@ -119,6 +120,7 @@ ConsoleWindow::ConsoleWindow(
         delete m_historyView;
         m_historyView = nullptr;
     }
+    m_desktopNotifier = new DesktopNotifier(this);
     setCentralWidget(m_tabs);
     buildActions();
 

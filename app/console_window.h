@@ -28,6 +28,7 @@ class Base;
 namespace TWB::Host {
 
 class HistoryView;
+class DesktopNotifier;
 class RunProgressDelegate;
 class StorageActions;
 
@@ -54,6 +55,7 @@ public:
     StorageActions* storageActions() const { return m_storageActions; }
     /// The runs and file operations of the plans, when the host registered their models.
     HistoryView* historyView() const { return m_historyView; }
+    DesktopNotifier* desktopNotifier() const { return m_desktopNotifier; }
     QAction* startAction() const { return m_start; }
     QAction* stopAction() const { return m_stop; }
     QAction* runFullAction() const { return m_runFull; }
@@ -111,6 +113,7 @@ private:
 
     ServiceLauncher& m_launcher;
     TWB::GUI::PlanControlObject* m_control = nullptr; // owned by parent-child
+    DesktopNotifier* m_desktopNotifier = nullptr; // owned by parent-child
     QTabWidget* m_tabs = nullptr; // owned by parent-child
     QTreeView* m_backupView = nullptr; // owned by parent-child
     QTreeView* m_restoreView = nullptr; // owned by parent-child

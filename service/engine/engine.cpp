@@ -12,6 +12,7 @@
 #include "service/store/history_store.h"
 #include "service/store/plan_store.h"
 #include "service/store/product_options.h"
+#include "service/store/store_time.h"
 #include "service/engine/repository_sync.h"
 #include "service/engine/restore_run.h"
 #include "service/engine/run_state.h"
@@ -89,7 +90,7 @@ void Engine::shutdown()
     m_syncs.clear();
 }
 
-void Engine::start(const QUuid& id, bool forceFull, bool scheduled)
+void Engine::start(const QUuid& id, bool forceFull, bool scheduled, const QDateTime& missedTime)
 {
     if (m_runs.contains(id))
         throw QStringLiteral("The plan %1 is running already").arg(id.toString());
@@ -144,8 +145,10 @@ void Engine::start(const QUuid& id, bool forceFull, bool scheduled)
     connect(run, &PlanRun::finished, this, [this, run] { onRunFinished(run); });
     TWL::TwlDebug("TWB").info() << "Run of plan" << id.toString() << record->name << "starts"
                                 << (forceFull ? "reading every file" : "");
-    Q_EMIT notification(
-        QLatin1String(Type::PlanStateChanged), {{QStringLiteral("id"), id.toString()}, {QStringLiteral("state"), 1}});
+    QJsonObject started {{QStringLiteral("id"), id.toString()}, {QStringLiteral("state"), 1}};
+    if (missedTime.isValid())
+        started.insert(QStringLiteral("missed"), StoreTime::toText(missedTime));
+    Q_EMIT notification(QLatin1String(Type::PlanStateChanged), started);
     run->start(forceFull);
 }
 

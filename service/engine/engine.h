@@ -2,6 +2,7 @@
 
 #include "service/engine/plan_run.h"
 
+#include <QDateTime>
 #include <QHash>
 #include <QJsonObject>
 #include <QObject>
@@ -38,8 +39,9 @@ public:
 
     /// Starts a run; throws the reason when the plan cannot run now. A scheduled backup does not start
     /// on battery power, and stops when the machine goes on battery, while "BackUpOnBattery" is
-    /// "false"; a run the user asked for is the user's choice and runs to its end.
-    void start(const QUuid& plan, bool forceFull, bool scheduled = false);
+    /// "false"; a run the user asked for is the user's choice and runs to its end. `missedTime` is the
+    /// scheduled time of a run that starts late, which the start notification tells the consoles.
+    void start(const QUuid& plan, bool forceFull, bool scheduled = false, const QDateTime& missedTime = QDateTime());
     bool isRunning(const QUuid& plan) const { return m_runs.contains(plan); }
     /// Asks a run to stop; a plan that is not running is left as it is.
     void stop(const QUuid& plan);

@@ -33,6 +33,8 @@ struct RunPlaces
     }
     /// The product's options, where the default retention stands.
     QString optionsFile() const { return dataDir + QStringLiteral("/options.ini"); }
+    /// The mail server of notification emails, its password sealed.
+    QString noticeSettingsFile() const { return dataDir + QStringLiteral("/notices.ini"); }
 };
 
 } // namespace TWB::Service

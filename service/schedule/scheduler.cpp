@@ -46,6 +46,9 @@ void Scheduler::plansChanged()
 
 namespace {
 
+/// A run that starts more than this after its time is told to the consoles as missed and late.
+constexpr qint64 lateAfterSeconds = 5 * 60;
+
 /// Next runs worked out once per schedule and moment: plans made alike share their schedules.
 class NextRuns final
 {
@@ -139,7 +142,10 @@ void Scheduler::pass(bool atStart)
                 try {
                     TWL::TwlDebug("TWB").info()
                         << (atStart ? "Running the missed plan" : "Running the scheduled plan") << plan.id.toString();
-                    m_engine.start(plan.id, fullDue, true);
+                    // Due while the service was down, or long before this pass (the machine slept): late.
+                    const QDateTime dueAt = due ? plan.nextRun : plan.nextRunFull;
+                    const bool late = atStart || dueAt.secsTo(now) > lateAfterSeconds;
+                    m_engine.start(plan.id, fullDue, true, late ? dueAt : QDateTime());
                 } catch (const QString& text) {
                     // A run that could not start is a result of its own: the plan list shows it.
                     try {

@@ -4,10 +4,12 @@
 #include "platform/logging/twl_debug.h"
 #include "service/commands/certificate_commands.h"
 #include "service/commands/content_commands.h"
+#include "service/commands/notice_commands.h"
 #include "service/commands/engine_commands.h"
 #include "service/store/database.h"
 #include "service/store/transaction.h"
 #include "service/engine/engine.h"
+#include "service/engine/run_mailer.h"
 #include "service/commands/history_commands.h"
 #include "service/commands/plan_commands.h"
 #include "service/commands/restore_commands.h"
@@ -85,6 +87,8 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         m_content->registerAt(m_router);
         m_certificates->registerAt(m_router);
         m_settings->registerAt(m_router);
+        m_notices = std::make_unique<NoticeCommands>(*m_database, RunPlaces {dataDir}.noticeSettingsFile());
+        m_notices->registerAt(m_router);
 
         m_engine = std::make_unique<Engine>(*m_database, dataDir);
         m_engineCommands = std::make_unique<EngineCommands>(*m_database, *m_engine);
@@ -96,6 +100,8 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         Scheduler* scheduler = m_scheduler.get();
         PlanCommands* plans = m_plans.get();
         connect(engine, &Engine::notification, &m_notifier, &Notifier::send);
+        m_mailer = std::make_unique<RunMailer>(*m_database, RunPlaces {dataDir}.noticeSettingsFile());
+        connect(engine, &Engine::notification, m_mailer.get(), &RunMailer::onEngineNotification);
         connect(scheduler, &Scheduler::notification, &m_notifier, &Notifier::send);
         m_engine->setPlanRemover([plans](const QUuid& id) { plans->removePlan(id); });
         m_plans->setRunningCheck([engine](const QUuid& id) { return engine->isRunning(id); });

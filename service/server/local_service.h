@@ -14,12 +14,14 @@ namespace TWB::Service {
 class CertificateCommands;
 class ContentCommands;
 class Database;
+class NoticeCommands;
 class Engine;
 class EngineCommands;
 class RestoreCommands;
 class HistoryCommands;
 class Scheduler;
 class PlanCommands;
+class RunMailer;
 class SettingsCommands;
 class StorageCommands;
 
@@ -52,9 +54,11 @@ private:
     std::unique_ptr<ContentCommands> m_content;
     std::unique_ptr<CertificateCommands> m_certificates;
     std::unique_ptr<SettingsCommands> m_settings;
+    std::unique_ptr<NoticeCommands> m_notices;
     std::unique_ptr<Engine> m_engine;
     std::unique_ptr<EngineCommands> m_engineCommands;
     std::unique_ptr<RestoreCommands> m_restoreCommands;
+    std::unique_ptr<RunMailer> m_mailer;
     std::unique_ptr<Scheduler> m_scheduler;
 };
 
