@@ -12,6 +12,7 @@
 namespace TWB::Service {
 
 class CertificateCommands;
+class ConfigurationCommands;
 class ContentCommands;
 class Database;
 class Engine;
@@ -51,6 +52,7 @@ private:
     std::unique_ptr<ContentCommands> m_content;
     std::unique_ptr<CertificateCommands> m_certificates;
     std::unique_ptr<SettingsCommands> m_settings;
+    std::unique_ptr<ConfigurationCommands> m_configuration;
     std::unique_ptr<Engine> m_engine;
     std::unique_ptr<EngineCommands> m_engineCommands;
     std::unique_ptr<Scheduler> m_scheduler;
