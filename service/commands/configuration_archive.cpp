@@ -81,14 +81,19 @@ QByteArray ConfigurationArchive::write(const QJsonObject& content, const QString
         reinterpret_cast<const unsigned char*>(key.constData()));
     sodium_memzero(key.data(), size_t(key.size()));
 
-    const QJsonObject file {{QStringLiteral("format"), formatName}, {QStringLiteral("version"), formatVersion},
+    const QJsonObject file {
         {QStringLiteral("kdf"),
             QJsonObject {{QStringLiteral("algorithm"), kdfName}, {QStringLiteral("opslimit"), double(opsLimit)},
                 {QStringLiteral("memlimit"), double(memLimit)},
                 {QStringLiteral("salt"), QString::fromLatin1(base64(salt))}}},
         {QStringLiteral("cipher"), cipherName}, {QStringLiteral("content"), QString::fromLatin1(base64(sealed))},
         {QStringLiteral("digest"), QString::fromLatin1(base64(digest(salt, sealed)))}};
-    return QJsonDocument(file).toJson(QJsonDocument::Indented);
+    // The name and version lead the file, where a reader finds them even in a file cut short; JSON
+    // objects would otherwise put them after the content in key order.
+    QByteArray text = QJsonDocument(file).toJson(QJsonDocument::Indented);
+    text.replace(0, 1,
+        QStringLiteral("{\n    \"format\": \"%1\",\n    \"version\": %2,").arg(formatName).arg(formatVersion).toUtf8());
+    return text;
 }
 
 QJsonObject ConfigurationArchive::read(const QByteArray& bytes, const QString& password)
