@@ -1,5 +1,6 @@
 #include "app/console_window.h"
 
+#include "app/configuration_actions.h"
 #include "app/plan_view_support.h"
 #include "app/run_progress_delegate.h"
 #include "app/storage_actions.h"
@@ -32,6 +33,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSettings>
@@ -109,6 +111,8 @@ ConsoleWindow::ConsoleWindow(
     // The history of runs joins these tabs once its models exist; no empty tab stands for it meanwhile.
     setCentralWidget(m_tabs);
     buildActions();
+    m_configurationActions = new ConfigurationActions(this);
+    menuBar()->addMenu(tr("&File"))->addActions(m_configurationActions->actions());
 
     // The connection state stays in view at the right of the status bar.
     auto* connection = new QWidget(this);

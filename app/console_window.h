@@ -23,6 +23,7 @@ class PlanControlObject;
 
 namespace TWB::Host {
 
+class ConfigurationActions;
 class RunProgressDelegate;
 class StorageActions;
 
@@ -47,6 +48,8 @@ public:
     QTreeView* storageView() const { return m_storageView; }
     /// Add, edit, details and remove of the storage accounts; null without the storage tab.
     StorageActions* storageActions() const { return m_storageActions; }
+    /// Export and import of the configuration, in the File menu.
+    ConfigurationActions* configurationActions() const { return m_configurationActions; }
     QAction* startAction() const { return m_start; }
     QAction* stopAction() const { return m_stop; }
     QAction* runFullAction() const { return m_runFull; }
@@ -99,6 +102,7 @@ private:
     QTreeView* m_restoreView = nullptr; // owned by parent-child
     QTreeView* m_storageView = nullptr; // owned by parent-child
     StorageActions* m_storageActions = nullptr; // owned by m_storageView
+    ConfigurationActions* m_configurationActions = nullptr; // owned by parent-child
     QAction* m_start = nullptr; // owned by parent-child
     QAction* m_stop = nullptr; // owned by parent-child
     QAction* m_runFull = nullptr; // owned by parent-child
