@@ -66,6 +66,18 @@ QString ConfigurationDialogBase::errorText() const
     return m_error->isHidden() ? QString() : m_error->text();
 }
 
+// The first size Qt gives the dialog leaves the wrapped intro fewer lines than it takes at that width,
+// and the rows below would be drawn over one another.
+void ConfigurationDialogBase::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
+    const int needed = m_layout->totalHeightForWidth(width());
+    if (needed > height()) {
+        resize(width(), needed);
+        m_layout->activate();
+    }
+}
+
 QLineEdit* ConfigurationDialogBase::addPasswordRow(const QString& label)
 {
     auto* edit = new QLineEdit(this);

@@ -61,6 +61,7 @@ protected:
     void updateState();
 
     QLineEdit* addPasswordRow(const QString& label);
+    void showEvent(QShowEvent* event) override;
 
 private:
     void onAction();
