@@ -167,6 +167,27 @@ private Q_SLOTS:
         QCOMPARE(options(m_two), optionsBefore);
     }
 
+    // The first machine's local storage is written before the SFTP account meets an account of its id
+    // and another type here: the refusal must take the local storage back out too.
+    void conflictMidwayLeavesNoPartOfTheArchive()
+    {
+        const QString folder = m_second->environment().root() + QStringLiteral("/clash");
+        QVERIFY(m_two
+                    .call(QStringLiteral("SaveStorage"),
+                        ServiceFixture::localAccount(m_account, QStringLiteral("Clash"), folder))
+                    .success);
+        const QStringList accountsBefore = accountIds(m_two);
+        const QJsonObject optionsBefore = options(m_two);
+        const ServiceReply reply = import(m_archive, archivePassword);
+        QVERIFY(!reply.success);
+        QVERIFY2(reply.error.contains(QStringLiteral("an account keeps its type")), qPrintable(reply.error));
+        QCOMPARE(accountIds(m_two), accountsBefore);
+        QCOMPARE(planIds(m_two), QStringList());
+        QCOMPARE(options(m_two), optionsBefore);
+        QVERIFY(m_two.call(QStringLiteral("StorageDeleteFileSystem"), {{QStringLiteral("ID"), m_account.toString()}})
+                    .success);
+    }
+
     void secondMachineRunsTheImportedPlanWithItsSecrets()
     {
         const ServiceReply imported = import(m_archive, archivePassword);
