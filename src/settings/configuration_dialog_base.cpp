@@ -78,6 +78,12 @@ void ConfigurationDialogBase::showEvent(QShowEvent* event)
     }
 }
 
+void ConfigurationDialogBase::reject()
+{
+    if (!m_busy)
+        QDialog::reject();
+}
+
 QLineEdit* ConfigurationDialogBase::addPasswordRow(const QString& label)
 {
     auto* edit = new QLineEdit(this);

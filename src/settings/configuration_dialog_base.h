@@ -34,6 +34,8 @@ public:
     QString errorText() const;
     /// What the finished command did, in a sentence for the host's status bar.
     QString resultText() const { return m_result; }
+    /// Stays open while the service works, so that its answer still finds the dialog.
+    void reject() override;
 
 protected:
     struct Texts
