@@ -2,6 +2,7 @@
 
 #include "app/history_view.h"
 #include "app/desktop_notifier.h"
+#include "app/configuration_actions.h"
 #include "app/plan_view_support.h"
 #include "app/run_progress_delegate.h"
 #include "app/storage_actions.h"
@@ -38,6 +39,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSettings>
@@ -123,6 +125,8 @@ ConsoleWindow::ConsoleWindow(
     m_desktopNotifier = new DesktopNotifier(this);
     setCentralWidget(m_tabs);
     buildActions();
+    m_configurationActions = new ConfigurationActions(this);
+    menuBar()->addMenu(tr("&File"))->addActions(m_configurationActions->actions());
 
     // The connection state stays in view at the right of the status bar.
     auto* connection = new QWidget(this);

@@ -29,6 +29,7 @@ namespace TWB::Host {
 
 class HistoryView;
 class DesktopNotifier;
+class ConfigurationActions;
 class RunProgressDelegate;
 class StorageActions;
 
@@ -56,6 +57,8 @@ public:
     /// The runs and file operations of the plans, when the host registered their models.
     HistoryView* historyView() const { return m_historyView; }
     DesktopNotifier* desktopNotifier() const { return m_desktopNotifier; }
+    /// Export and import of the configuration, in the File menu.
+    ConfigurationActions* configurationActions() const { return m_configurationActions; }
     QAction* startAction() const { return m_start; }
     QAction* stopAction() const { return m_stop; }
     QAction* runFullAction() const { return m_runFull; }
@@ -120,6 +123,7 @@ private:
     QTreeView* m_storageView = nullptr; // owned by parent-child
     StorageActions* m_storageActions = nullptr; // owned by m_storageView
     HistoryView* m_historyView = nullptr; // owned by parent-child
+    ConfigurationActions* m_configurationActions = nullptr; // owned by parent-child
     QAction* m_start = nullptr; // owned by parent-child
     QAction* m_stop = nullptr; // owned by parent-child
     QAction* m_runFull = nullptr; // owned by parent-child

@@ -236,20 +236,7 @@ void PlanCommands::update(const QJsonObject& request, const Responder& respond)
         throw params.fault("planXML",
             QStringLiteral("names the storage account %1, which does not exist").arg(plan->storage().toString()));
 
-    PlanRecord record;
-    record.id = id;
-    record.name = plan->name();
-    record.subtype = plan->subtype();
-    record.type = plan->type();
-    record.storage = plan->storage();
-    record.scheduleText = ScheduleDescription::text(plan->schedule());
-    record.timing = ScheduleTiming::of(*plan);
-    const QDateTime now = QDateTime::currentDateTimeUtc();
-    record.nextRun = NextRun::after(plan->schedule(), now);
-    if (const auto* backup = dynamic_cast<const TWB::Info::Plan::Backup*>(plan.get()))
-        record.nextRunFull = NextRun::after(backup->forceFullSchedule(), now);
-    // Store the document as the factory understood it, so that what is read back is what runs.
-    record.xml = plan->toXml();
+    const PlanRecord record = recordOf(*plan);
 
     PlanStore store(m_database);
     Transaction transaction(m_database);
@@ -269,6 +256,36 @@ void PlanCommands::update(const QJsonObject& request, const Responder& respond)
         QLatin1String(created ? Type::PlanCreated : Type::PlanUpdated), {{QStringLiteral("id"), notifyId(id)}});
     respond.success();
     if (m_changed)
+        m_changed();
+}
+
+PlanRecord PlanCommands::recordOf(const Base& plan)
+{
+    PlanRecord record;
+    record.id = plan.id();
+    record.name = plan.name();
+    record.subtype = plan.subtype();
+    record.type = plan.type();
+    record.storage = plan.storage();
+    record.scheduleText = ScheduleDescription::text(plan.schedule());
+    record.timing = ScheduleTiming::of(plan);
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    record.nextRun = NextRun::after(plan.schedule(), now);
+    if (const auto* backup = dynamic_cast<const TWB::Info::Plan::Backup*>(&plan))
+        record.nextRunFull = NextRun::after(backup->forceFullSchedule(), now);
+    // Store the document as the factory understood it, so that what is read back is what runs.
+    record.xml = plan.toXml();
+    return record;
+}
+
+void PlanCommands::announceSaved(const QList<QPair<QUuid, bool>>& plans)
+{
+    for (const auto& [id, created] : plans) {
+        m_parsed.remove(id);
+        m_notifier.send(
+            QLatin1String(created ? Type::PlanCreated : Type::PlanUpdated), {{QStringLiteral("id"), notifyId(id)}});
+    }
+    if (!plans.isEmpty() && m_changed)
         m_changed();
 }
 

@@ -2,6 +2,8 @@
 
 #include <QHash>
 #include <QJsonObject>
+#include <QList>
+#include <QPair>
 #include <QUuid>
 
 #include <functional>
@@ -39,6 +41,12 @@ public:
 
     /// Removes a plan and tells every console; throws when there is no such plan.
     void removePlan(const QUuid& id);
+
+    /// The store's record of a parsed plan, with its next runs from now.
+    static PlanRecord recordOf(const TWB::Info::Plan::Base& plan);
+    /// Tells every console and the scheduler of plans that were saved by another way than
+    /// "PlanUpdate"; true in each pair for a plan that is new.
+    void announceSaved(const QList<QPair<QUuid, bool>>& plans);
 
     /// A plan as the plan table shows it. The run summary keys stay empty until a run.
     static QJsonObject info(const PlanRecord& plan);

@@ -3,6 +3,7 @@
 #include "platform/crypt/local_password.h"
 #include "platform/logging/twl_debug.h"
 #include "service/commands/certificate_commands.h"
+#include "service/commands/configuration_commands.h"
 #include "service/commands/content_commands.h"
 #include "service/commands/notice_commands.h"
 #include "service/commands/engine_commands.h"
@@ -89,6 +90,8 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         m_settings->registerAt(m_router);
         m_notices = std::make_unique<NoticeCommands>(*m_database, RunPlaces {dataDir}.noticeSettingsFile());
         m_notices->registerAt(m_router);
+        m_configuration = std::make_unique<ConfigurationCommands>(*m_database, m_notifier, *m_plans, dataDir);
+        m_configuration->registerAt(m_router);
 
         m_engine = std::make_unique<Engine>(*m_database, dataDir);
         m_engineCommands = std::make_unique<EngineCommands>(*m_database, *m_engine);
@@ -105,6 +108,7 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         connect(scheduler, &Scheduler::notification, &m_notifier, &Notifier::send);
         m_engine->setPlanRemover([plans](const QUuid& id) { plans->removePlan(id); });
         m_plans->setRunningCheck([engine](const QUuid& id) { return engine->isRunning(id); });
+        m_configuration->setRunningCheck([engine](const QUuid& id) { return engine->isRunning(id); });
         m_plans->setChangeListener([scheduler] { scheduler->plansChanged(); });
         m_storages->setSyncCheck([engine](const QUuid& id) { return engine->isSynchronising(id); });
 

@@ -12,6 +12,7 @@
 namespace TWB::Service {
 
 class CertificateCommands;
+class ConfigurationCommands;
 class ContentCommands;
 class Database;
 class NoticeCommands;
@@ -55,6 +56,7 @@ private:
     std::unique_ptr<CertificateCommands> m_certificates;
     std::unique_ptr<SettingsCommands> m_settings;
     std::unique_ptr<NoticeCommands> m_notices;
+    std::unique_ptr<ConfigurationCommands> m_configuration;
     std::unique_ptr<Engine> m_engine;
     std::unique_ptr<EngineCommands> m_engineCommands;
     std::unique_ptr<RestoreCommands> m_restoreCommands;
