@@ -113,6 +113,7 @@ ConsoleWindow::ConsoleWindow(
     if (m_storageView) {
         m_tabs->addTab(m_storageView, tr("Storage accounts"));
         m_storageActions = new StorageActions(m_storageView, m_tabs, this);
+        connect(m_storageActions, &StorageActions::restoreRequested, this, &ConsoleWindow::restoreFromStorage);
     }
     m_historyView = new HistoryView(this);
     if (m_historyView->hasModels()) {

@@ -4,6 +4,7 @@
 #include "settings/advanced.h"
 #include "settings/application.h"
 #include "settings/backup.h"
+#include "settings/email_settings_page.h"
 #include "settings/license_page.h"
 #include "settings/network.h"
 #include "storages/storages.h"
@@ -31,6 +32,7 @@ SettingDialog::SettingDialog(QWidget* parent)
     addPage(new Settings::Backup(this));
     addPage(new Settings::Network(this));
     addPage(new Settings::Application(this));
+    addPage(new Settings::EmailSettingsPage(this));
     addPage(new Settings::Advanced(this));
     if (TWB::GUI::Application::isStandalon())
         addPage(new Settings::LicensePage(this));
