@@ -322,24 +322,30 @@ private Q_SLOTS:
         selectRow(view, row);
         QTRY_VERIFY(m_window->removeAction()->isEnabled());
         QCOMPARE(toolbarTexts(m_window->toolBar()),
-            QStringList({QStringLiteral("New backup plan"), QStringLiteral("Edit"), QStringLiteral("Start"),
-                QStringLiteral("Stop"), QStringLiteral("Run full backup"), QStringLiteral("Remove")}));
+            QStringList({QStringLiteral("New backup plan"), QStringLiteral("Edit"), QStringLiteral("Restore"),
+                QStringLiteral("Start"), QStringLiteral("Stop"), QStringLiteral("Run full backup"),
+                QStringLiteral("Remove")}));
         // A double-click on the row opens the plan in its wizard, filled from the plan.
         QTRY_VERIFY(m_window->editAction()->isEnabled());
         QString opened;
-        QTimer::singleShot(0, this, [&opened] {
+        auto readWizard = [&opened] {
             QTRY_VERIFY(QApplication::activeModalWidget());
             auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
             auto* wizard = qobject_cast<QWizard*>(dialog);
             opened = dialog->windowTitle() + QLatin1Char('|')
                 + (wizard ? wizard->field(QStringLiteral("Field_PlanName")).toString() : QString());
             dialog->reject();
-        });
+        };
+        QTimer::singleShot(0, this, readWizard);
         const QRect rowRect = view->visualRect(view->model()->index(row, 1));
         // An item view takes a double-click only on the item the press went to.
         QTest::mousePress(view->viewport(), Qt::LeftButton, {}, rowRect.center());
         QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, rowRect.center());
         QTRY_COMPARE(opened, QStringLiteral("Edit backup plan: Documents|Documents"));
+        // Restore opens the restore wizard on what the plan backs up.
+        QTimer::singleShot(0, this, readWizard);
+        m_window->restoreAction()->trigger();
+        QTRY_COMPARE(opened, QStringLiteral("Create restore plan|Restore Documents"));
         // Back to the selection alone, without the current row the clicks set.
         view->setCurrentIndex(QModelIndex());
         selectRow(view, row);
@@ -365,8 +371,8 @@ private Q_SLOTS:
         QCOMPARE(m_window->restoreView()->model()->rowCount(), 0);
         QVERIFY(m_window->currentPlan().isNull());
         QCOMPARE(toolbarTexts(m_window->toolBar()),
-            QStringList(
-                {QStringLiteral("Edit"), QStringLiteral("Start"), QStringLiteral("Stop"), QStringLiteral("Remove")}));
+            QStringList({QStringLiteral("New restore plan"), QStringLiteral("Edit"), QStringLiteral("Start"),
+                QStringLiteral("Stop"), QStringLiteral("Remove")}));
         for (QAction* action : {m_window->startAction(), m_window->runFullAction(), m_window->removeAction(),
                  m_window->stopAction(), m_window->editAction()})
             QVERIFY2(!action->isEnabled(), qPrintable(action->text()));

@@ -66,7 +66,7 @@ private Q_SLOTS:
         window.settingsAction()->trigger();
         QCOMPARE(parent, &window);
         QCOMPARE(tabs.value(0), QStringLiteral("Storage"));
-        QCOMPARE(tabs.size(), 6);
+        QCOMPARE(tabs.size(), 7);
         QCOMPARE(accounts, 1);
     }
 };

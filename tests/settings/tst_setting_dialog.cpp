@@ -185,7 +185,8 @@ private Q_SLOTS:
         QStringList titles;
         for (int tab = 0; tab < dialog.tabs()->count(); ++tab)
             titles << dialog.tabs()->tabText(tab);
-        QCOMPARE(titles, QStringList({"Storage", "Backup", "Network", "Application", "Advanced", "License"}));
+        QCOMPARE(titles,
+            QStringList({"Storage", "Backup", "Network", "Application", "Notifications", "Advanced", "License"}));
         QSignalSpy loaded(TWB::DefaultSettings::instance(), &TWB::DefaultSettings::loaded);
         // exec() would block: the pages reload on meExec, which a user's opening raises first.
         Q_EMIT dialog.meExec();
