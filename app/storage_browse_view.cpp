@@ -72,8 +72,9 @@ StorageBrowseView::StorageBrowseView(const QUuid& storageId, const QString& name
         m_tree->header()->resizeSection(sample.first,
             qMax(metrics.horizontalAdvance(header), metrics.horizontalAdvance(sample.second)) + metrics.height());
     }
-    m_tree->header()->resizeSection(0, 10 * metrics.averageCharWidth() + metrics.horizontalAdvance(date));
+    // Names sit deep in the tree: they take whatever the other columns leave.
     m_tree->header()->setStretchLastSection(false);
+    m_tree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
 
     m_status->setObjectName(QStringLiteral("storage-browse-status"));
     m_status->setWordWrap(true);
