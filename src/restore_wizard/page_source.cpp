@@ -13,6 +13,8 @@
 #include <QUuid>
 #include <QVBoxLayout>
 
+#include <memory>
+
 namespace TWB::GUI {
 
 namespace {
@@ -73,6 +75,17 @@ void RestorePlanEditWizard::PageSource::initializePage()
     setModel(model, 0);
     // The last reply of a seeding run lets the page go on.
     connect(model, &BaseModel::complite, this, &PageSource::completeChanged);
+    // Once the plan's ticks are all in, the tree opens down to them, so that the user sees the choice.
+    auto opened = std::make_shared<bool>(items.isEmpty());
+    connect(model, &BaseModel::complite, this, [this, model, opened] {
+        if (*opened || model->isSeeding())
+            return;
+        *opened = true;
+        const QModelIndexList ways = model->match(model->index(0, 0), Qt::CheckStateRole,
+            int(RestoreContentModel::IncompliteChecked), -1, Qt::MatchRecursive | Qt::MatchExactly);
+        for (const QModelIndex& way : ways)
+            treeView->expand(way);
+    });
     delete old;
     model->initChecked(inTreeForm(items));
     Q_EMIT completeChanged();

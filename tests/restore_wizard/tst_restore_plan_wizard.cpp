@@ -2,6 +2,7 @@
 // that come back are those of the moment chosen, in the place chosen, under the overwrite rule chosen.
 
 #include "restore_wizard/restore_plan_edit_wizard.h"
+#include "restore_wizard/page_source.h"
 #include "engine_test_support.h"
 #include "frame/model_manager.h"
 #include "frame/model_names.h"
@@ -19,6 +20,7 @@
 #include <QAbstractButton>
 #include <QDir>
 #include <QFile>
+#include <QTreeView>
 #include <QtTest>
 
 #include <memory>
@@ -168,6 +170,13 @@ private Q_SLOTS:
         const QUuid before = PlanXmlList::instance()->lastCreatedPlan();
         // The storage is settled: the walk starts on the name page, with no way back to the storage page.
         QCOMPARE(walk(*wizard, choices, 103), (QList<int> {1, 102, 2, 101, 103}));
+        // The source page opened the tree down to the plan's ticks.
+        QTreeView* tree = static_cast<RestorePlanEditWizard::PageSource*>(wizard->page(2))->view();
+        const QModelIndexList ways = tree->model()->match(
+            tree->model()->index(0, 0), Qt::CheckStateRole, 1001, -1, Qt::MatchRecursive | Qt::MatchExactly);
+        QVERIFY(!ways.isEmpty());
+        for (const QModelIndex& way : ways)
+            QVERIFY(tree->isExpanded(way));
         if (fromStorage) {
             // Nothing told the wizard the password: a wrong one is refused, the right one opens the backup.
             auto* refusal = wizard->page(103)->findChild<QWidget*>(QStringLiteral("refusal"));
