@@ -1,5 +1,6 @@
 #include "service/engine/restore_run.h"
 
+#include "platform/cloud/cloud_type.h"
 #include "platform/plan/backup.h"
 #include "platform/plan/factory.h"
 #include "platform/plan/restore_file.h"
@@ -121,7 +122,49 @@ void RestoreRun::begin(bool)
     }
     TWL::TwlDebug("TWB").debug() << "Run of" << planId().toString() << "restores from" << m_groups.size()
                                  << "snapshots into" << m_staging;
-    obscureSecrets(m_target, [this] { restoreNext(); });
+    const int type = m_account.type;
+    const bool amazon = type == TWL::Cloud::AmazonS3 || type == TWL::Cloud::AmazonS3Chinese;
+    QList<QPair<QString, QUuid>> repositories;
+    if (amazon && plan.storageInfo().type() != TWB::Info::Plan::Restore::StorageInfo::NoGlacier) {
+        for (const Group& group : qAsConst(m_groups)) {
+            const QPair<QString, QUuid> repository {group.snapshot.prefix, group.snapshot.plan};
+            if (!repositories.contains(repository))
+                repositories.append(repository);
+        }
+    }
+    obscureSecrets(m_target, [this, repositories] { retrieveArchived(repositories); });
+}
+
+void RestoreRun::retrieveArchived(QList<QPair<QString, QUuid>> repositories)
+{
+    if (repositories.isEmpty()) {
+        restoreNext();
+        return;
+    }
+    const QPair<QString, QUuid> repository = repositories.takeFirst();
+    QString priority = QStringLiteral("Standard");
+    if (files().storageInfo().type() == TWB::Info::Plan::Restore::StorageInfo::RetrievalBulk)
+        priority = QStringLiteral("Bulk");
+    else if (files().storageInfo().type() == TWB::Info::Plan::Restore::StorageInfo::RetrievalExpedited)
+        priority = QStringLiteral("Expedited");
+    setStatus(RunState::Preparing);
+    // A request for every object of the repository: restic reads index and snapshots as well as packs.
+    // Amazon answers at once for objects that are not archived or already on their way back, and rclone
+    // reports those per object, so only a failure of rclone itself stops the run.
+    const QString path
+        = m_target.rcloneRoot + repository.first + QLatin1Char('/') + repository.second.toString(QUuid::WithoutBraces);
+    call(steps().rclone(m_target,
+             {QStringLiteral("backend"), QStringLiteral("restore"), path, QStringLiteral("-o"),
+                 QStringLiteral("priority=") + priority, QStringLiteral("-o"), QStringLiteral("lifetime=1")}),
+        nullptr, [this, repositories](int exitCode, const QString& error) {
+            if (exitCode != 0) {
+                end(RunState::Fail,
+                    QStringLiteral("Cannot ask for the files archived in Glacier: %1")
+                        .arg(ResticOutput::reason(error, exitCode)));
+                return;
+            }
+            retrieveArchived(repositories);
+        });
 }
 
 QString RestoreRun::placeOf(const QString& stagedPath) const
