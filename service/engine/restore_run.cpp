@@ -21,6 +21,11 @@
 #include <QFileInfo>
 #include <QThreadPool>
 
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+
 namespace TWB::Service {
 
 using TWB::Info::Plan::RestoreFile;
@@ -201,12 +206,13 @@ bool RestoreRun::prepareStaging(QString* error)
     }
     const QString name = QStringLiteral(".tidewrack-restore-") + QUuid::createUuid().toString(QUuid::Id128).left(12);
     m_staging = anchor == QLatin1String("/") ? QLatin1Char('/') + name : anchor + QLatin1Char('/') + name;
-    if (!QDir().mkdir(m_staging)) {
-        *error = QStringLiteral("Cannot create a staging folder in %1").arg(anchor);
+    // The system's reason tells the user what to fix: a read-only mount, a full disk, missing rights.
+    if (::mkdir(QFile::encodeName(m_staging).constData(), 0700) != 0) {
+        *error = QStringLiteral("The destination cannot be written: cannot create a folder in %1: %2")
+                     .arg(anchor, QString::fromLocal8Bit(std::strerror(errno)));
         m_staging.clear();
         return false;
     }
-    QFile::setPermissions(m_staging, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     return true;
 }
 

@@ -79,7 +79,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("readOnly");
         QTest::addColumn<QString>("reason");
         QTest::newRow("full disk") << false << "no space left on device";
-        QTest::newRow("read-only file system") << true << "Cannot create";
+        QTest::newRow("read-only file system")
+            << true << "cannot be written: cannot create a folder in " + m_mount + ": Read-only file system";
     }
 
     void restoreThatCannotWriteLeavesTheDestinationAsItWas()
