@@ -1,5 +1,6 @@
 #include "service/engine/restore_run.h"
 
+#include "platform/cloud/cloud_type.h"
 #include "platform/plan/backup.h"
 #include "platform/plan/factory.h"
 #include "platform/plan/restore_file.h"
@@ -18,6 +19,11 @@
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QThreadPool>
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
 
 namespace TWB::Service {
 
@@ -120,7 +126,49 @@ void RestoreRun::begin(bool)
     }
     TWL::TwlDebug("TWB").debug() << "Run of" << planId().toString() << "restores from" << m_groups.size()
                                  << "snapshots into" << m_staging;
-    obscureSecrets(m_target, [this] { restoreNext(); });
+    const int type = m_account.type;
+    const bool amazon = type == TWL::Cloud::AmazonS3 || type == TWL::Cloud::AmazonS3Chinese;
+    QList<QPair<QString, QUuid>> repositories;
+    if (amazon && plan.storageInfo().type() != TWB::Info::Plan::Restore::StorageInfo::NoGlacier) {
+        for (const Group& group : qAsConst(m_groups)) {
+            const QPair<QString, QUuid> repository {group.snapshot.prefix, group.snapshot.plan};
+            if (!repositories.contains(repository))
+                repositories.append(repository);
+        }
+    }
+    obscureSecrets(m_target, [this, repositories] { retrieveArchived(repositories); });
+}
+
+void RestoreRun::retrieveArchived(QList<QPair<QString, QUuid>> repositories)
+{
+    if (repositories.isEmpty()) {
+        restoreNext();
+        return;
+    }
+    const QPair<QString, QUuid> repository = repositories.takeFirst();
+    QString priority = QStringLiteral("Standard");
+    if (files().storageInfo().type() == TWB::Info::Plan::Restore::StorageInfo::RetrievalBulk)
+        priority = QStringLiteral("Bulk");
+    else if (files().storageInfo().type() == TWB::Info::Plan::Restore::StorageInfo::RetrievalExpedited)
+        priority = QStringLiteral("Expedited");
+    setStatus(RunState::Preparing);
+    // A request for every object of the repository: restic reads index and snapshots as well as packs.
+    // Amazon answers at once for objects that are not archived or already on their way back, and rclone
+    // reports those per object, so only a failure of rclone itself stops the run.
+    const QString path
+        = m_target.rcloneRoot + repository.first + QLatin1Char('/') + repository.second.toString(QUuid::WithoutBraces);
+    call(steps().rclone(m_target,
+             {QStringLiteral("backend"), QStringLiteral("restore"), path, QStringLiteral("-o"),
+                 QStringLiteral("priority=") + priority, QStringLiteral("-o"), QStringLiteral("lifetime=1")}),
+        nullptr, [this, repositories](int exitCode, const QString& error) {
+            if (exitCode != 0) {
+                end(RunState::Fail,
+                    QStringLiteral("Cannot ask for the files archived in Glacier: %1")
+                        .arg(ResticOutput::reason(error, exitCode)));
+                return;
+            }
+            retrieveArchived(repositories);
+        });
 }
 
 QString RestoreRun::placeOf(const QString& stagedPath) const
@@ -157,12 +205,13 @@ bool RestoreRun::prepareStaging(QString* error)
     }
     const QString name = QStringLiteral(".tidewrack-restore-") + QUuid::createUuid().toString(QUuid::Id128).left(12);
     m_staging = anchor == QLatin1String("/") ? QLatin1Char('/') + name : anchor + QLatin1Char('/') + name;
-    if (!QDir().mkdir(m_staging)) {
-        *error = QStringLiteral("Cannot create a staging folder in %1").arg(anchor);
+    // The system's reason tells the user what to fix: a read-only mount, a full disk, missing rights.
+    if (::mkdir(QFile::encodeName(m_staging).constData(), 0700) != 0) {
+        *error = QStringLiteral("The destination cannot be written: cannot create a folder in %1: %2")
+                     .arg(anchor, QString::fromLocal8Bit(std::strerror(errno)));
         m_staging.clear();
         return false;
     }
-    QFile::setPermissions(m_staging, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     return true;
 }
 

@@ -44,6 +44,8 @@ private:
     const TWB::Info::Plan::RestoreFile& files() const;
     QString placeOf(const QString& stagedPath) const;
     bool prepareStaging(QString* error);
+    /// Asks Amazon to bring archived objects of the next repository back, when the plan wants them.
+    void retrieveArchived(QList<QPair<QString, QUuid>> repositories);
     void restoreNext();
     void restoreGroup(QStringList passwords, bool userPassword);
     void measureStaging();

@@ -27,9 +27,9 @@ RestorePlanEditWizard::PageGlacier::PageGlacier(QWidget* parent)
     tier->setMinimumWidth(200);
     description->setObjectName(QStringLiteral("description"));
     description->setWordWrap(true);
-    auto* note = new QLabel(tr("Amazon charges for every retrieval. Retrieved copies are kept for one day; the "
-                               "restore reads them as soon as Amazon has made them available, so a plan that "
-                               "finds them not yet ready fails and can simply be run again later."),
+    auto* note = new QLabel(tr("Amazon charges for every retrieval. Each run asks Amazon to bring the archived files "
+                               "back for one day and then restores them; a run that finds them not yet available "
+                               "fails, and can be run again once Amazon has brought them back."),
         this);
     note->setWordWrap(true);
 

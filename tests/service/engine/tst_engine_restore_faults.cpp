@@ -3,6 +3,7 @@
 #include "service_fixture.h"
 #include "platform/plan/backup_file.h"
 #include "platform/plan/restore_file.h"
+#include "support/cloud_peers.h"
 
 #include <QDir>
 #include <QFile>
@@ -48,14 +49,6 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        if (geteuid() != 0)
-            QSKIP("Mounting a small or read-only file system needs root");
-        // Root in a container may still be refused a mount.
-        const QTemporaryDir probe;
-        if (!mount({QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"), QStringLiteral("size=64k"),
-                QStringLiteral("tmpfs"), probe.path()}))
-            QSKIP("This machine does not let the tests mount a file system");
-        QProcess::execute(QStringLiteral("umount"), {probe.path()});
         m_service = std::make_unique<ServiceFixture>();
         QVERIFY2(m_service->start(), qPrintable(m_service->process().output()));
         m_client = std::make_unique<RawClient>();
@@ -78,7 +71,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        if (!m_mount.isEmpty())
+        if (geteuid() == 0)
             QProcess::execute(QStringLiteral("umount"), {m_mount});
     }
 
@@ -87,11 +80,20 @@ private Q_SLOTS:
         QTest::addColumn<bool>("readOnly");
         QTest::addColumn<QString>("reason");
         QTest::newRow("full disk") << false << "no space left on device";
-        QTest::newRow("read-only file system") << true << "Cannot create";
+        QTest::newRow("read-only file system")
+            << true << "cannot be written: cannot create a folder in " + m_mount + ": Read-only file system";
     }
 
     void restoreThatCannotWriteLeavesTheDestinationAsItWas()
     {
+        if (geteuid() != 0)
+            QSKIP("Mounting a small or read-only file system needs root");
+        // Root in a container may still be refused a mount.
+        const QTemporaryDir probe;
+        if (!mount({QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"), QStringLiteral("size=64k"),
+                QStringLiteral("tmpfs"), probe.path()}))
+            QSKIP("This machine does not let the tests mount a file system");
+        QProcess::execute(QStringLiteral("umount"), {probe.path()});
         QFETCH(bool, readOnly);
         QFETCH(QString, reason);
         QVERIFY(mount({QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"), QStringLiteral("size=1m"),
@@ -115,6 +117,39 @@ private Q_SLOTS:
         // Nothing half-restored, no staging folder left behind.
         QCOMPARE(EngineTestSupport::tree(m_mount), before);
         QCOMPARE(EngineTestSupport::readText(existing), QStringLiteral("the user's own edit\n"));
+    }
+
+    void archivedRetrievalAsksAmazonAndStillRestores()
+    {
+        const QString missing = TWB::Test::MotoPeer::missing();
+        if (!missing.isEmpty())
+            QSKIP(qPrintable(missing));
+        TWB::Test::MotoPeer moto;
+        QVERIFY2(moto.start(), qPrintable(moto.output()));
+        const QUuid account = QUuid::createUuid();
+        const QJsonObject params {{QStringLiteral("AccessKey"), moto.accessKey()},
+            {QStringLiteral("SecretKey"), moto.secretKey()}, {QStringLiteral("ContainerName"), QStringLiteral("cold")},
+            {QStringLiteral("Endpoint"), moto.endpoint()}, {QStringLiteral("UseSsl"), false},
+            {QStringLiteral("Region"), QStringLiteral("us-east-1")}};
+        QVERIFY(m_client
+                    ->call(QStringLiteral("SaveStorage"),
+                        {{QStringLiteral("ID"), account.toString()},
+                            {QStringLiteral("displayName"), QStringLiteral("S3")}, {QStringLiteral("prefix"), prefix},
+                            {QStringLiteral("type"), 20}, {QStringLiteral("params"), params}})
+                    .success);
+        auto plan = EngineTestSupport::backupPlan(
+            account, QStringLiteral("Cold"), {QStringLiteral("/TWB_VOLUMES/root") + m_source});
+        QVERIFY(EngineTestSupport::save(*m_client, *plan));
+        QCOMPARE(EngineTestSupport::run(*m_client, plan->id()).status, 6);
+
+        // Objects that are not archived are refused one by one by the server; the restore goes on.
+        const QString target = m_service->environment().root() + QStringLiteral("/thawed");
+        auto back = EngineTestSupport::restorePlan(account, {m_item}, target);
+        back->storageInfo().setType(Restore::StorageInfo::RetrievalBulk);
+        QVERIFY(EngineTestSupport::save(*m_client, *back));
+        const RunOutcome outcome = EngineTestSupport::run(*m_client, back->id());
+        QVERIFY2(outcome.status == 6, qPrintable(outcome.message));
+        QCOMPARE(EngineTestSupport::tree(target + m_source), EngineTestSupport::tree(m_source));
     }
 };
 
