@@ -28,7 +28,7 @@
 #include <QSplitter>
 #include <QStandardPaths>
 #include <QStyledItemDelegate>
-#include <QTreeView>
+#include <QTableView>
 #include <QVBoxLayout>
 #include <QtConcurrent>
 
@@ -102,16 +102,28 @@ private:
     const QComboBox* m_plans; // not owned: a sibling in the same view
 };
 
-QTreeView* makeTable(QWidget* parent, QAbstractItemModel* model)
+// A table, not a tree: QTreeView lays out its root after every insertion and fetches more each
+// time, so a paged model shown in one would read its whole history. A table fetches only while
+// its last row is in sight.
+QTableView* makeTable(QWidget* parent, QAbstractItemModel* model)
 {
-    auto* view = new QTreeView(parent);
-    view->setRootIsDecorated(false);
-    view->setUniformRowHeights(true);
+    auto* view = new QTableView(parent);
+    view->setShowGrid(false);
+    view->setWordWrap(false);
+    view->setCornerButtonEnabled(false);
+    view->setTabKeyNavigation(false);
     view->setAlternatingRowColors(true);
     view->setSelectionMode(QAbstractItemView::SingleSelection);
     view->setSelectionBehavior(QAbstractItemView::SelectRows);
     view->setModel(model);
-    view->header()->setStretchLastSection(true);
+    QHeaderView* rowsHeader = view->verticalHeader();
+    rowsHeader->hide();
+    rowsHeader->setSectionResizeMode(QHeaderView::Fixed);
+    rowsHeader->setDefaultSectionSize(qMax(view->fontMetrics().height(), 16) + 6);
+    QHeaderView* header = view->horizontalHeader();
+    header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    header->setHighlightSections(false);
+    header->setStretchLastSection(true);
     FullTextToolTips::install(view);
     return view;
 }
@@ -203,11 +215,11 @@ HistoryView::HistoryView(QWidget* parent)
     // Widths follow the font: room for the header and for what a column usually holds.
     const QFontMetrics metrics = fontMetrics();
     const QString time = TWB::GUI::DateTimeDelegate::toText(QStringLiteral("20261228235959"), locale());
-    auto fit = [&metrics](QTreeView* view, const QList<QPair<int, QString>>& samples) {
+    auto fit = [&metrics](QTableView* view, const QList<QPair<int, QString>>& samples) {
         for (const auto& [column, sample] : samples) {
             const QString title
                 = view->model() ? view->model()->headerData(column, Qt::Horizontal).toString() : QString();
-            view->header()->resizeSection(
+            view->horizontalHeader()->resizeSection(
                 column, qMax(metrics.horizontalAdvance(title), metrics.horizontalAdvance(sample)) + 32);
         }
     };

@@ -17,7 +17,7 @@ class QLabel;
 class QProgressBar;
 class QSortFilterProxyModel;
 class QPushButton;
-class QTreeView;
+class QTableView;
 
 namespace TWB::Host {
 
@@ -39,8 +39,8 @@ public:
     QComboBox* periodBox() const { return m_period; }
     QComboBox* resultBox() const { return m_result; }
     QComboBox* operationBox() const { return m_operation; }
-    QTreeView* runsView() const { return m_runsView; }
-    QTreeView* filesView() const { return m_filesView; }
+    QTableView* runsView() const { return m_runsView; }
+    QTableView* filesView() const { return m_filesView; }
     QPushButton* exportButton() const { return m_export; }
     QProgressBar* exportProgress() const { return m_progress; }
     QLabel* statusLabel() const { return m_status; }
@@ -80,8 +80,8 @@ private:
     QComboBox* m_period = nullptr; // owned by parent-child
     QComboBox* m_result = nullptr; // owned by parent-child
     QComboBox* m_operation = nullptr; // owned by parent-child
-    QTreeView* m_runsView = nullptr; // owned by parent-child
-    QTreeView* m_filesView = nullptr; // owned by parent-child
+    QTableView* m_runsView = nullptr; // owned by parent-child
+    QTableView* m_filesView = nullptr; // owned by parent-child
     QLabel* m_filesTitle = nullptr; // owned by parent-child
     QPushButton* m_export = nullptr; // owned by parent-child
     QProgressBar* m_progress = nullptr; // owned by parent-child

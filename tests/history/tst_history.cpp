@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QSignalSpy>
+#include <QTableView>
 #include <QTreeView>
 #include <QtTest>
 
@@ -245,6 +246,13 @@ private Q_SLOTS:
         QVERIFY(view.hasModels());
         QTRY_COMPARE(view.planBox()->count(), 3);
         QTRY_COMPARE(view.runsView()->model()->rowCount(), 3);
+
+        // The operations of all runs fill the table from one page; the next waits for a scroll.
+        QTRY_COMPARE(view.filesView()->model()->rowCount(), 200);
+        QVERIFY(channelDrained());
+        QCOMPARE(view.filesView()->model()->rowCount(), 200);
+        view.filesView()->scrollToBottom();
+        QTRY_COMPARE(view.filesView()->model()->rowCount(), 251);
 
         // A run that goes on: shown at once, newest first, with no finish time yet.
         const QString large = m_service->environment().root() + QStringLiteral("/large");
