@@ -148,7 +148,7 @@ QList<RunRecord> HistoryStore::runs(const QUuid& plan, const QDateTime& since, q
     return result;
 }
 
-QList<FileOperationRecord> HistoryStore::fileOperations(
+QSqlQuery HistoryStore::selectFileOperations(
     const QUuid& plan, const QDateTime& since, qint64 beforeId, int operation, int limit, qint64 run)
 {
     Filter filter;
@@ -167,24 +167,32 @@ QList<FileOperationRecord> HistoryStore::fileOperations(
                        "f.duration, f.message, r.plan_name FROM file_operations f LEFT JOIN runs r ON r.id = f.run_id"
                        "%1 ORDER BY f.id DESC LIMIT ?")
             .arg(filter.where()));
+    query.setForwardOnly(true);
     for (const QVariant& value : qAsConst(filter.values))
         query.addBindValue(value);
     query.addBindValue(limit);
     m_database.exec(query);
+    return query;
+}
+
+QList<FileOperationRecord> HistoryStore::fileOperations(
+    const QUuid& plan, const QDateTime& since, qint64 beforeId, int operation, int limit, qint64 run)
+{
+    QSqlQuery query = selectFileOperations(plan, since, beforeId, operation, limit, run);
     QList<FileOperationRecord> result;
     while (query.next()) {
         FileOperationRecord record;
-        record.id = query.value(0).toLongLong();
-        record.run = query.value(1).toLongLong();
-        record.plan = QUuid(query.value(2).toString());
-        record.operation = query.value(3).toInt();
-        record.path = query.value(4).toString();
-        record.size = query.value(5).toLongLong();
-        record.modified = StoreTime::fromText(query.value(6).toString());
-        record.finish = StoreTime::fromText(query.value(7).toString());
-        record.duration = query.value(8).toLongLong();
-        record.message = query.value(9).toString();
-        record.planName = query.value(10).toString();
+        record.id = query.value(OperationId).toLongLong();
+        record.run = query.value(OperationRun).toLongLong();
+        record.plan = QUuid(query.value(OperationPlan).toString());
+        record.operation = query.value(OperationKind).toInt();
+        record.path = query.value(OperationPath).toString();
+        record.size = query.value(OperationSize).toLongLong();
+        record.modified = StoreTime::fromText(query.value(OperationModified).toString());
+        record.finish = StoreTime::fromText(query.value(OperationFinish).toString());
+        record.duration = query.value(OperationDuration).toLongLong();
+        record.message = query.value(OperationMessage).toString();
+        record.planName = query.value(OperationPlanName).toString();
         result.append(record);
     }
     return result;

@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QList>
 #include <QString>
+#include <QSqlQuery>
 #include <QUuid>
 
 namespace TWB::Service {
@@ -66,6 +67,25 @@ public:
     QList<RunRecord> runs(const QUuid& plan, const QDateTime& since, qint64 beforeId, int limit);
     /// File operations, likewise by finish time; `operation` 0 takes every kind, `run` 0 every run.
     QList<FileOperationRecord> fileOperations(
+        const QUuid& plan, const QDateTime& since, qint64 beforeId, int operation, int limit, qint64 run = 0);
+
+    /// Columns of selectFileOperations(), as the store keeps them: times as "yyyyMMddhhmmss" text.
+    enum FileOperationColumn : int {
+        OperationId,
+        OperationRun,
+        OperationPlan,
+        OperationKind,
+        OperationPath,
+        OperationSize,
+        OperationModified,
+        OperationFinish,
+        OperationDuration,
+        OperationMessage,
+        OperationPlanName
+    };
+    /// The rows of fileOperations() as a forward-only query, for callers that write them out as text:
+    /// a page of the export is read a hundred thousand times over and parsing times back and forth showed.
+    QSqlQuery selectFileOperations(
         const QUuid& plan, const QDateTime& since, qint64 beforeId, int operation, int limit, qint64 run = 0);
 
 private:

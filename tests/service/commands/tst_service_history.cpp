@@ -121,7 +121,10 @@ private Q_SLOTS:
             operation.run = m_allRuns.last();
             operation.plan = m_planA;
             operation.operation = i % 4 + 1;
-            operation.path = QStringLiteral("/home/alice/file%1").arg(i);
+            // The newest has all that its JSON and CSV must carry through: quotes, a comma, UTF-8, a tab.
+            operation.path = i == 249 ? QStringLiteral("/home/alice/\"\u00e9t\u00e9\", file249\tx")
+                                      : QStringLiteral("/home/alice/file%1").arg(i);
+            operation.message = i == 249 ? QStringLiteral("Can't \"read\"") : QString();
             operation.size = i;
             operation.modified = now.addDays(-3);
             operation.finish = now.addSecs(-60);
@@ -250,13 +253,21 @@ private Q_SLOTS:
         const QJsonArray page = entries(all, "HistoryListByFiles");
         QCOMPARE(page.size(), 200);
         const QJsonObject newest = page.first().toObject();
-        QCOMPARE(newest.value(QStringLiteral("File")).toString(), QStringLiteral("/home/alice/file249"));
+        const QString strange = QStringLiteral("/home/alice/\"\u00e9t\u00e9\", file249\tx");
+        QCOMPARE(newest.value(QStringLiteral("File")).toString(), strange);
         for (const char* key :
             {"ID", "DateModified", "Duration", "File", "Message", "Operation", "Size", "FinishTime", "PlanId"})
             QVERIFY2(newest.contains(QLatin1String(key)), key);
         const QStringList csv = parseCsv(newest.value(QStringLiteral("CSVLine")).toString());
         QCOMPARE(csv.at(0), QStringLiteral("Restored"));
-        QCOMPARE(csv.at(2), QStringLiteral("/home/alice/file249"));
+        QCOMPARE(csv.size(), 8);
+        QCOMPARE(csv.at(2), strange);
+        QCOMPARE(csv.at(3), QStringLiteral("249"));
+        QCOMPARE(csv.at(7), QStringLiteral("Can't \"read\""));
+        QVERIFY2(QRegularExpression(QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d$"))
+                     .match(csv.at(4))
+                     .hasMatch(),
+            qPrintable(csv.at(4)));
     }
 
     void historyRefusals_data()
