@@ -44,7 +44,6 @@ void Engine::recoverInterrupted()
     HistoryStore history(m_database);
     PlanStore plans(m_database);
     const QList<RunRecord> cut = history.unfinishedRuns();
-    const QList<PlanRecord> all = plans.all();
     Transaction transaction(m_database);
     for (RunRecord run : cut) {
         run.result = RunState::Interrupted;
@@ -56,10 +55,8 @@ void Engine::recoverInterrupted()
         last.time = run.start;
         plans.setLastRun(run.plan, last);
     }
-    for (const PlanRecord& plan : all) {
-        if (plan.status == 1)
-            plans.setStatus(plan.id, 2);
-    }
+    // One statement: reading every plan here made the first commands after a start wait.
+    plans.setAllIdle();
     transaction.commit();
     if (!cut.isEmpty())
         TWL::TwlDebug("TWB").infoH() << cut.size() << "runs were cut short by the service's stop";

@@ -5,6 +5,7 @@
 #include "service/store/store_time.h"
 
 #include <QHash>
+#include <QMap>
 #include <QVector>
 
 #include <algorithm>
@@ -130,8 +131,9 @@ PlanListCache* PlanStore::kept()
 
 std::optional<PlanRecord> PlanStore::find(const QUuid& id)
 {
-    QSqlQuery query
-        = m_database.prepare(QStringLiteral("SELECT %1, p.xml FROM %2 WHERE p.id = ?").arg(summaryColumns, planTables));
+    QSqlQuery query = m_database.prepare(
+        QStringLiteral("SELECT %1, d.xml FROM %2 LEFT JOIN plan_documents d ON d.plan_id = p.id WHERE p.id = ?")
+            .arg(summaryColumns, planTables));
     query.addBindValue(Database::text(id.toString()));
     m_database.exec(query);
     if (!query.next())
@@ -155,17 +157,17 @@ bool PlanStore::save(const PlanRecord& plan)
     const QString xml = sealed(plan);
     QSqlQuery update = m_database.prepare(
         QStringLiteral("UPDATE plans SET name = ?, subtype = ?, type = ?, storage_id = ?, schedule_text = ?, "
-                       "xml = ?, updated_utc = ? WHERE id = ?"));
+                       "updated_utc = ? WHERE id = ?"));
     update.addBindValue(Database::text(plan.name));
     update.addBindValue(plan.subtype);
     update.addBindValue(plan.type);
     update.addBindValue(Database::text(idText(plan.storage)));
     update.addBindValue(Database::text(plan.scheduleText));
-    update.addBindValue(Database::text(xml));
     update.addBindValue(Database::text(now));
     update.addBindValue(Database::text(plan.id.toString()));
     m_database.exec(update);
     if (update.numRowsAffected() > 0) {
+        saveDocument(plan.id, xml);
         saveTimings(plan);
         if (PlanListCache* cache = kept()) {
             if (PlanRecord* kept = cache->find(plan.id)) {
@@ -184,19 +186,19 @@ bool PlanStore::save(const PlanRecord& plan)
         return false;
     }
     QSqlQuery insert = m_database.prepare(
-        QStringLiteral("INSERT INTO plans (id, name, subtype, type, storage_id, schedule_text, xml, status, "
-                       "created_utc, updated_utc) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+        QStringLiteral("INSERT INTO plans (id, name, subtype, type, storage_id, schedule_text, status, "
+                       "created_utc, updated_utc) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"));
     insert.addBindValue(Database::text(plan.id.toString()));
     insert.addBindValue(Database::text(plan.name));
     insert.addBindValue(plan.subtype);
     insert.addBindValue(plan.type);
     insert.addBindValue(Database::text(idText(plan.storage)));
     insert.addBindValue(Database::text(plan.scheduleText));
-    insert.addBindValue(Database::text(xml));
     insert.addBindValue(plan.status);
     insert.addBindValue(Database::text(now));
     insert.addBindValue(Database::text(now));
     m_database.exec(insert);
+    saveDocument(plan.id, xml);
     saveTimings(plan);
     if (PlanListCache* cache = kept()) {
         PlanRecord summary = plan;
@@ -215,6 +217,15 @@ bool PlanStore::save(const PlanRecord& plan)
         cache->reindex();
     }
     return true;
+}
+
+void PlanStore::saveDocument(const QUuid& id, const QString& sealedXml)
+{
+    QSqlQuery query = m_database.prepare(QStringLiteral("INSERT INTO plan_documents (plan_id, xml) VALUES (?, ?) ON "
+                                                        "CONFLICT(plan_id) DO UPDATE SET xml = excluded.xml"));
+    query.addBindValue(Database::text(id.toString()));
+    query.addBindValue(Database::text(sealedXml));
+    m_database.exec(query);
 }
 
 void PlanStore::saveTimings(const PlanRecord& plan)
@@ -266,17 +277,35 @@ void PlanStore::setNextRuns(const QVector<NextRuns>& runs)
 {
     if (runs.isEmpty())
         return;
-    QSqlQuery query = m_database.prepare(
-        QStringLiteral("UPDATE plan_timings SET next_run_utc = ?, next_run_full_utc = ? WHERE plan_id = ?"));
-    PlanListCache* cache = kept();
-    for (const NextRuns& run : runs) {
-        query.bindValue(0, Database::text(StoreTime::toText(run.nextRun)));
-        query.bindValue(1, Database::text(StoreTime::toText(run.nextRunFull)));
-        query.bindValue(2, Database::text(run.id.toString()));
-        m_database.exec(query);
-        if (PlanRecord* plan = cache ? cache->find(run.id) : nullptr) {
-            plan->nextRun = stored(run.nextRun);
-            plan->nextRunFull = stored(run.nextRunFull);
+    // Plans made alike move to the same times: one statement for each pair of times and each few
+    // hundred plans, rather than one for each plan.
+    QMap<QPair<QString, QString>, QStringList> byTimes;
+    for (const NextRuns& run : runs)
+        byTimes[{StoreTime::toText(run.nextRun), StoreTime::toText(run.nextRunFull)}] << run.id.toString();
+    constexpr int batch = 500;
+    for (auto group = byTimes.cbegin(); group != byTimes.cend(); ++group) {
+        const QStringList& ids = group.value();
+        for (int from = 0; from < ids.size(); from += batch) {
+            const int count = std::min(batch, int(ids.size()) - from);
+            QStringList marks;
+            for (int i = 0; i < count; ++i)
+                marks << QStringLiteral("?");
+            QSqlQuery query = m_database.prepare(
+                QStringLiteral("UPDATE plan_timings SET next_run_utc = ?, next_run_full_utc = ? WHERE plan_id IN (%1)")
+                    .arg(marks.join(QLatin1Char(','))));
+            query.addBindValue(Database::text(group.key().first));
+            query.addBindValue(Database::text(group.key().second));
+            for (int i = 0; i < count; ++i)
+                query.addBindValue(Database::text(ids.at(from + i)));
+            m_database.exec(query);
+        }
+    }
+    if (PlanListCache* cache = kept()) {
+        for (const NextRuns& run : runs) {
+            if (PlanRecord* plan = cache->find(run.id)) {
+                plan->nextRun = stored(run.nextRun);
+                plan->nextRunFull = stored(run.nextRunFull);
+            }
         }
     }
 }
@@ -302,6 +331,15 @@ void PlanStore::setStatus(const QUuid& id, int status)
     if (PlanListCache* cache = kept()) {
         if (PlanRecord* plan = cache->find(id))
             plan->status = status;
+    }
+}
+
+void PlanStore::setAllIdle()
+{
+    m_database.exec(QStringLiteral("UPDATE plans SET status = 2 WHERE status = 1"));
+    if (PlanListCache* cache = kept()) {
+        for (PlanRecord& plan : cache->plans)
+            plan.status = plan.status == 1 ? 2 : plan.status;
     }
 }
 

@@ -77,11 +77,14 @@ public:
     void setNextRuns(const QVector<NextRuns>& runs);
     void setTiming(const QUuid& id, const QString& timing);
     void setStatus(const QUuid& id, int status);
+    /// Every plan marked running becomes idle: after a start of the service none runs.
+    void setAllIdle();
     void setLastRun(const QUuid& id, const PlanRecord::LastRun& lastRun);
     /// Names of the plans that store into the account.
     QStringList namesUsingStorage(const QUuid& storage);
 
 private:
+    void saveDocument(const QUuid& id, const QString& sealedXml);
     void saveTimings(const PlanRecord& plan);
     /// The kept list, read anew when there is none or another connection changed the file.
     PlanListCache& list();
