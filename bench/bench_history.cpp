@@ -31,6 +31,8 @@
 #include <vector>
 
 using namespace TWB::GUI;
+using TWB::Bench::cpuMs;
+using TWB::Bench::median;
 using TWB::Bench::waitFor;
 using TWB::Test::ServiceFixture;
 
@@ -71,25 +73,6 @@ QList<qint64> fill(const QString& storeFile, int operations, int runs)
     }
     transaction.commit();
     return ids;
-}
-
-// CPU time of a process in milliseconds, from /proc: on a loaded machine the wall clock says little
-// about whose work the time was.
-double cpuMs(qint64 pid)
-{
-    QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    const QByteArray text = file.readAll();
-    const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
-    return fields.size() > 12 ? (fields.at(11).toDouble() + fields.at(12).toDouble()) * 1000.0 / sysconf(_SC_CLK_TCK)
-                              : 0;
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[values.size() / 2];
 }
 
 } // namespace

@@ -37,6 +37,8 @@
 #include <vector>
 
 using namespace TWB::GUI;
+using TWB::Bench::cpuMs;
+using TWB::Bench::median;
 using TWB::Bench::waitFor;
 using TWB::Test::ServiceFixture;
 
@@ -83,19 +85,6 @@ QModelIndex childNamed(const QAbstractItemModel& model, const QModelIndex& paren
     return QModelIndex();
 }
 
-// CPU time of a process in milliseconds, from /proc: under load the wall clock says little about whose
-// work the time was.
-double cpuMs(qint64 pid)
-{
-    QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    const QByteArray text = file.readAll();
-    const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
-    return fields.size() > 12 ? (fields.at(11).toDouble() + fields.at(12).toDouble()) * 1000.0 / sysconf(_SC_CLK_TCK)
-                              : 0;
-}
-
 // Resident memory of this process in kilobytes.
 long residentKb()
 {
@@ -107,12 +96,6 @@ long residentKb()
             return line.mid(6).trimmed().split(' ').value(0).toLong();
     }
     return 0;
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[values.size() / 2];
 }
 
 // Opening a restore plan of `files` paths spread over `folders` folders: from initChecked() until every
