@@ -382,7 +382,8 @@ void BackupRun::backup()
     for (const QString& share : shares)
         arguments << QStringLiteral("--tag") << QStringLiteral("share=") + share;
     m_stored.clear();
-    m_sizes.clear();
+    m_uploaded.clear();
+    m_uploadedBytes = 0;
     m_held.clear();
     m_described.clear();
     m_unsure.clear();
@@ -415,7 +416,7 @@ void BackupRun::onBackupLine(const QByteArray& line)
         if (action == QLatin1String("new") || action == QLatin1String("modified")
             || action == QLatin1String("changed")) {
             m_stored.insert(item, qint64(message.value(QStringLiteral("data_size_in_repo")).toDouble()));
-            m_sizes.insert(item, qint64(message.value(QStringLiteral("data_size")).toDouble()));
+            m_uploaded.insert(item);
             m_held << item;
             // Described now, while restic goes on, rather than all at once after it.
             describeNow(item);
@@ -479,8 +480,7 @@ void BackupRun::describeNow(const QString& path)
         return;
     }
     const auto ms = [](const struct timespec& time) { return qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000; };
-    const auto size = m_sizes.constFind(path);
-    const bool steady = ms(info.st_ctim) < m_startMs && (size == m_sizes.constEnd() || qint64(info.st_size) == *size);
+    const bool steady = ms(info.st_ctim) < m_startMs;
     m_described.insert(path, {path, qint64(info.st_size), QDateTime::fromMSecsSinceEpoch(ms(info.st_mtim), Qt::UTC)});
     if (!steady)
         m_unsure.insert(path);
@@ -556,8 +556,14 @@ void BackupRun::fillCatalog()
     } catch (const QString& text) {
         warn(QStringLiteral("The catalog could not take the backup: %1").arg(text));
     }
-    for (auto it = m_sizes.constBegin(); it != m_sizes.constEnd(); ++it)
-        addOperation(FileOperationRecord::Uploaded, it.key(), it.value(), describe(it.key()).modified);
+    // The file's own size: restic's data_size counts only what it had not stored before, 0 for a
+    // file whose contents the repository already held.
+    m_uploadedBytes = 0;
+    for (const QString& path : qAsConst(m_uploaded)) {
+        const SnapshotFile file = describe(path);
+        m_uploadedBytes += file.size;
+        addOperation(FileOperationRecord::Uploaded, path, file.size, file.modified);
+    }
     m_described.clear();
     if (isStopping())
         finishStopped();
@@ -638,18 +644,15 @@ void BackupRun::reconcile(std::function<void()> next)
 
 void BackupRun::end(int state, const QString& message)
 {
-    m_result.uploadedCount = m_sizes.size();
+    m_result.uploadedCount = m_uploaded.size();
     m_result.uploadedSize = m_dataAdded;
     m_result.fileCount = m_filesProcessed;
     m_result.fileSize = m_bytesProcessed;
     QString text = message;
     if (text.isEmpty() && state == RunState::Success) {
-        qint64 bytes = 0;
-        for (qint64 size : qAsConst(m_sizes))
-            bytes += size;
         text = QStringLiteral("%1 files backed up (%2), %3 failed")
-                   .arg(m_sizes.size())
-                   .arg(byteText(bytes))
+                   .arg(m_uploaded.size())
+                   .arg(byteText(m_uploadedBytes))
                    .arg(m_result.failedCount);
     }
     runPostAction(state, text);
@@ -689,7 +692,7 @@ void BackupRun::onStopped()
 
 void BackupRun::finishStopped()
 {
-    m_result.uploadedCount = m_sizes.size();
+    m_result.uploadedCount = m_uploaded.size();
     m_result.uploadedSize = m_dataAdded;
     PlanRun::onStopped();
 }

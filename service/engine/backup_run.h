@@ -8,6 +8,7 @@
 #include "service/catalog/snapshot_index.h"
 
 #include <QHash>
+#include <QSet>
 
 namespace TWB::Info::Plan {
 class BackupFile;
@@ -72,7 +73,8 @@ private:
 
     // What restic reported.
     QHash<QString, qint64> m_stored; // new and changed files: bytes added to the storage
-    QHash<QString, qint64> m_sizes; // their sizes
+    QSet<QString> m_uploaded; // files restic stored anew or changed
+    qint64 m_uploadedBytes = 0; // their sizes on disk
     QStringList m_held; // every file the snapshot holds
     QString m_shortId;
     qint64 m_dataAdded = 0;
