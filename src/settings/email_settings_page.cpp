@@ -22,24 +22,14 @@ namespace {
 
 const QStringList securityKeys = {QStringLiteral("none"), QStringLiteral("starttls"), QStringLiteral("tls")};
 
-// A page closed at once goes before the answer, and its result slot with it: the command then ends by itself.
-void sendOwned(ICommand& command)
-{
-    QObject::connect(&command, &ICommand::complite, &command, &QObject::deleteLater);
-    QObject::connect(&command, &ICommand::error, &command, &QObject::deleteLater);
-    QObject::connect(&command, &ICommand::timeout, &command, &QObject::deleteLater);
-    command.exec();
-}
-
 } // namespace
 
 EmailSettingsPage::EmailSettingsPage(QWidget* parent)
-    : QWidget(parent)
+    : ServiceSettingsPage(
+        {QStringLiteral("GetNoticeSettings"), QStringLiteral("SetNoticeSettings"), QStringLiteral("settings")}, parent)
 {
     setWindowTitle(tr("Notifications"));
 
-    controls = new QWidget(this);
-    controls->setEnabled(false);
     auto* server = new QGroupBox(tr("Email notifications"), controls);
     host = new QLineEdit(server);
     host->setPlaceholderText(tr("smtp.example.com; empty sends no email"));
@@ -80,11 +70,6 @@ EmailSettingsPage::EmailSettingsPage(QWidget* parent)
     inner->setContentsMargins(0, 0, 0, 0);
     inner->addWidget(server);
     inner->addWidget(desktop);
-
-    errorLabel = new QLabel(this);
-    errorLabel->setWordWrap(true);
-    errorLabel->setStyleSheet(QStringLiteral("color: #c0392b"));
-    errorLabel->hide();
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(controls);
@@ -127,34 +112,9 @@ QJsonObject EmailSettingsPage::values() const
     return values;
 }
 
-void EmailSettingsPage::loadSettings()
+void EmailSettingsPage::fill(const QJsonObject& settings)
 {
-    controls->setEnabled(false);
-    try {
-        ICommand* command = newCommand(QStringLiteral("GetNoticeSettings"), this, &EmailSettingsPage::onLoadResult);
-        setCommandParams(*command, {{QStringLiteral("profile"), currentProfile()}});
-        sendOwned(*command);
-    } catch (const QString& text) {
-        showError(text);
-    }
-}
-
-void EmailSettingsPage::onLoadResult()
-{
-    auto* command = qobject_cast<ICommand*>(sender());
-    if (!command)
-        return;
-    command->deleteLater();
-    QJsonObject settings;
-    try {
-        settings = replyData(*command).value(QStringLiteral("settings")).toObject();
-    } catch (const QString& text) {
-        logCommandFailure(*command, text);
-        showError(text);
-        return;
-    }
     auto text = [&settings](const char* key) { return settings.value(QLatin1String(key)).toString(); };
-    filling = true;
     host->setText(text("Host"));
     port->setValue(text("Port").toInt());
     security->setCurrentIndex(qMax(0, securityKeys.indexOf(text("Security"))));
@@ -165,55 +125,34 @@ void EmailSettingsPage::onLoadResult()
     from->setText(text("From"));
     recipients->setText(text("To"));
     desktop->setChecked(text("DesktopNotifications") != QLatin1String("false"));
-    filling = false;
     lastSent = values();
-    errorLabel->hide();
-    controls->setEnabled(true);
-    Q_EMIT loaded();
 }
 
 void EmailSettingsPage::save()
 {
     // Nothing is sent before the stored values were shown: the controls' own defaults would overwrite them.
-    if (filling || !controls->isEnabled())
+    if (!canSave())
         return;
     const QJsonObject settings = values();
     if (settings == lastSent)
         return;
-    try {
-        ICommand* command = newCommand(QStringLiteral("SetNoticeSettings"), this, &EmailSettingsPage::onSaveResult);
-        setCommandParams(
-            *command, {{QStringLiteral("profile"), currentProfile()}, {QStringLiteral("settings"), settings}});
-        command->setProperty("passwordSent", settings.contains(QStringLiteral("Password")));
-        sendOwned(*command);
+    if (sendValues(settings, settings.contains(QStringLiteral("Password"))))
         lastSent = settings;
-    } catch (const QString& text) {
-        showError(text);
-    }
 }
 
-void EmailSettingsPage::onSaveResult()
+void EmailSettingsPage::onSaveRefused()
 {
-    auto* command = qobject_cast<ICommand*>(sender());
-    if (!command)
-        return;
-    command->deleteLater();
-    try {
-        replyData(*command);
-    } catch (const QString& text) {
-        logCommandFailure(*command, text);
-        // What was refused stays in the fields for the user to put right, and is sent again then.
-        lastSent = QJsonObject();
-        showError(text);
-        return;
-    }
-    if (command->property("passwordSent").toBool()) {
+    // What was refused stays in the fields for the user to put right, and is sent again then.
+    lastSent = QJsonObject();
+}
+
+void EmailSettingsPage::onSaved(const QVariant& passwordSent)
+{
+    if (passwordSent.toBool()) {
         password->clear();
         password->setPlaceholderText(tr("(saved; type to change)"));
         lastSent.remove(QStringLiteral("Password"));
     }
-    errorLabel->hide();
-    Q_EMIT saved();
 }
 
 void EmailSettingsPage::sendTestEmail()
@@ -255,11 +194,9 @@ void EmailSettingsPage::onTestResult()
     Q_EMIT testFinished(ok, text);
 }
 
-void EmailSettingsPage::showError(const QString& text)
+QString EmailSettingsPage::failureText(const QString& reason) const
 {
-    errorLabel->setText(tr("The notification settings could not be read or saved: %1").arg(text));
-    errorLabel->show();
-    Q_EMIT error(text);
+    return tr("The notification settings could not be read or saved: %1").arg(reason);
 }
 
 } // namespace TWB::GUI::Settings

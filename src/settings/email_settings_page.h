@@ -1,9 +1,9 @@
 #pragma once
 
+#include "settings/service_settings_page.h"
 #include "twbconsole_export.h"
 
 #include <QJsonObject>
-#include <QWidget>
 
 class QCheckBox;
 class QComboBox;
@@ -18,7 +18,7 @@ namespace TWB::GUI::Settings {
 /// desktop notices. The values belong to the service: they are loaded through "GetNoticeSettings" and
 /// each change is saved at once through "SetNoticeSettings". The password is sent only when typed,
 /// and never comes back.
-class TWBCONSOLE_EXPORT EmailSettingsPage : public QWidget
+class TWBCONSOLE_EXPORT EmailSettingsPage : public ServiceSettingsPage
 {
     Q_OBJECT
     Q_DISABLE_COPY(EmailSettingsPage)
@@ -27,29 +27,25 @@ public:
     ~EmailSettingsPage() override;
 
 public Q_SLOTS:
-    /// Asks the service for the values; the controls stay disabled until they arrive.
-    void loadSettings();
     /// Has the service send a test email through the saved server.
     void sendTestEmail();
 
 Q_SIGNALS:
-    void loaded();
-    /// The service stored the values sent.
-    void saved();
-    void error(const QString& text);
     /// The test email went out (`ok`) or not; `text` is what the page shows.
     void testFinished(bool ok, const QString& text);
 
+protected:
+    void fill(const QJsonObject& settings) override;
+    QString failureText(const QString& reason) const override;
+    void onSaved(const QVariant& passwordSent) override;
+    void onSaveRefused() override;
+
 private:
-    void onLoadResult();
-    void onSaveResult();
     void onTestResult();
     void save();
-    void showError(const QString& text);
     /// The values of the controls as the service reads them.
     QJsonObject values() const;
 
-    QWidget* controls; // owned by parent-child
     QLineEdit* host; // owned by parent-child
     QSpinBox* port; // owned by parent-child
     QComboBox* security; // owned by parent-child
@@ -60,9 +56,6 @@ private:
     QPushButton* testButton; // owned by parent-child
     QLabel* testStatus; // owned by parent-child
     QCheckBox* desktop; // owned by parent-child
-    QLabel* errorLabel; // owned by parent-child
-    /// Set while loaded values are put into the controls, so that they are not sent straight back.
-    bool filling = false;
     /// The values last sent, so that leaving a field unchanged sends nothing.
     QJsonObject lastSent;
 };

@@ -1,8 +1,5 @@
 #include "settings/retention_policy.h"
 
-#include "platform/communication/command_calls.h"
-#include "platform/communication/command_params.h"
-
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
@@ -13,8 +10,6 @@
 #include <QVBoxLayout>
 
 namespace TWB::GUI::Settings {
-
-using namespace TWB::Common::Communication;
 
 const char* RetentionPolicy::KeyNumberOfVersions = "RetentionNumberOfVersions";
 const char* RetentionPolicy::KeyRetentionTime = "SerializationSupportRetentionTime";
@@ -30,19 +25,11 @@ QString flag(bool on)
     return on ? QStringLiteral("true") : QStringLiteral("false");
 }
 
-// A dialog closed at once goes before the answer, and its result slot with it: the command then ends by itself.
-void sendOwned(ICommand& command)
-{
-    QObject::connect(&command, &ICommand::complite, &command, &QObject::deleteLater);
-    QObject::connect(&command, &ICommand::error, &command, &QObject::deleteLater);
-    QObject::connect(&command, &ICommand::timeout, &command, &QObject::deleteLater);
-    command.exec();
-}
-
 } // namespace
 
 RetentionPolicy::RetentionPolicy(QWidget* parent)
-    : QWidget(parent)
+    : ServiceSettingsPage(
+        {QStringLiteral("GetProductOptions"), QStringLiteral("SetProductOptions"), QStringLiteral("options")}, parent)
 {
     setWindowTitle(tr("Default retention policy"));
 
@@ -50,8 +37,6 @@ RetentionPolicy::RetentionPolicy(QWidget* parent)
         tr("Plans that use the default retention policy follow these rules from their next run on."), this);
     intro->setWordWrap(true);
 
-    controls = new QWidget(this);
-    controls->setEnabled(false);
     deleteOlder = new QCheckBox(tr("Delete versions older than"), controls);
     days = new QSpinBox(controls);
     days->setRange(1, 99999);
@@ -97,11 +82,6 @@ RetentionPolicy::RetentionPolicy(QWidget* parent)
     versionsRow->addStretch(1);
     grid->addLayout(versionsRow, 2, 1);
 
-    errorLabel = new QLabel(this);
-    errorLabel->setWordWrap(true);
-    errorLabel->setStyleSheet(QStringLiteral("color: #c0392b"));
-    errorLabel->hide();
-
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(intro);
     layout->addWidget(controls);
@@ -124,34 +104,9 @@ void RetentionPolicy::onDateTypeChanged()
     keepLast->setEnabled(deleteOlder->isChecked() && !forced);
 }
 
-void RetentionPolicy::loadSettings()
+void RetentionPolicy::fill(const QJsonObject& options)
 {
-    controls->setEnabled(false);
-    try {
-        ICommand* command = newCommand(QStringLiteral("GetProductOptions"), this, &RetentionPolicy::onLoadResult);
-        setCommandParams(*command, {{QStringLiteral("profile"), currentProfile()}});
-        sendOwned(*command);
-    } catch (const QString& text) {
-        showError(text);
-    }
-}
-
-void RetentionPolicy::onLoadResult()
-{
-    auto* command = qobject_cast<ICommand*>(sender());
-    if (!command)
-        return;
-    command->deleteLater();
-    QJsonObject options;
-    try {
-        options = replyData(*command).value(QStringLiteral("options")).toObject();
-    } catch (const QString& text) {
-        logCommandFailure(*command, text);
-        showError(text);
-        return;
-    }
     auto value = [&options](const char* key) { return options.value(QLatin1String(key)).toString(); };
-    filling = true;
     const int storedDays = value(KeyRetentionTime).toInt();
     deleteOlder->setChecked(storedDays > 0);
     if (storedDays > 0)
@@ -164,16 +119,12 @@ void RetentionPolicy::onLoadResult()
     keepVersions->setChecked(storedVersions > 0);
     if (storedVersions > 0)
         versions->setValue(storedVersions);
-    filling = false;
-    errorLabel->hide();
-    controls->setEnabled(true);
-    Q_EMIT loaded();
 }
 
 void RetentionPolicy::save()
 {
     // Nothing is sent before the stored values were shown: the controls' own defaults would overwrite them.
-    if (filling || !controls->isEnabled())
+    if (!canSave())
         return;
     QJsonObject options;
     options.insert(QLatin1String(KeyRetentionTime),
@@ -182,36 +133,12 @@ void RetentionPolicy::save()
     options.insert(QLatin1String(KeyDeleteLastVersion), flag(!keepLast->isChecked()));
     options.insert(QLatin1String(KeyNumberOfVersions),
         keepVersions->isChecked() ? QString::number(versions->value()) : QStringLiteral("0"));
-    try {
-        ICommand* command = newCommand(QStringLiteral("SetProductOptions"), this, &RetentionPolicy::onSaveResult);
-        setCommandParams(
-            *command, {{QStringLiteral("profile"), currentProfile()}, {QStringLiteral("options"), options}});
-        sendOwned(*command);
-    } catch (const QString& text) {
-        showError(text);
-    }
+    sendValues(options);
 }
 
-void RetentionPolicy::onSaveResult()
+QString RetentionPolicy::failureText(const QString& reason) const
 {
-    auto* command = qobject_cast<ICommand*>(sender());
-    if (!command)
-        return;
-    command->deleteLater();
-    try {
-        replyData(*command);
-        Q_EMIT saved();
-    } catch (const QString& text) {
-        logCommandFailure(*command, text);
-        showError(text);
-    }
-}
-
-void RetentionPolicy::showError(const QString& text)
-{
-    errorLabel->setText(tr("The default retention policy could not be read or saved: %1").arg(text));
-    errorLabel->show();
-    Q_EMIT error(text);
+    return tr("The default retention policy could not be read or saved: %1").arg(reason);
 }
 
 } // namespace TWB::GUI::Settings

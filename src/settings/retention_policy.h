@@ -1,12 +1,10 @@
 #pragma once
 
+#include "settings/service_settings_page.h"
 #include "twbconsole_export.h"
-
-#include <QWidget>
 
 class QCheckBox;
 class QComboBox;
-class QLabel;
 class QSpinBox;
 
 namespace TWB::GUI::Settings {
@@ -14,7 +12,7 @@ namespace TWB::GUI::Settings {
 /// The retention that every plan with the default policy follows. The values belong to the service,
 /// which reads them at each run: they are loaded through "GetProductOptions" and each change is
 /// saved at once through "SetProductOptions".
-class TWBCONSOLE_EXPORT RetentionPolicy : public QWidget
+class TWBCONSOLE_EXPORT RetentionPolicy : public ServiceSettingsPage
 {
     Q_OBJECT
     Q_DISABLE_COPY(RetentionPolicy)
@@ -30,22 +28,13 @@ public:
 
     explicit RetentionPolicy(QWidget* parent = nullptr);
 
-public Q_SLOTS:
-    /// Asks the service for the values; the controls stay disabled until they arrive.
-    void loadSettings();
-
-Q_SIGNALS:
-    void loaded();
-    /// The service stored the values sent.
-    void saved();
-    void error(const QString& text);
+protected:
+    void fill(const QJsonObject& options) override;
+    QString failureText(const QString& reason) const override;
 
 private:
-    void onLoadResult();
-    void onSaveResult();
     void onDateTypeChanged();
     void save();
-    void showError(const QString& text);
 
     QCheckBox* deleteOlder; // owned by parent-child
     QSpinBox* days; // owned by parent-child
@@ -53,10 +42,6 @@ private:
     QCheckBox* keepLast; // owned by parent-child
     QCheckBox* keepVersions; // owned by parent-child
     QSpinBox* versions; // owned by parent-child
-    QWidget* controls; // owned by parent-child
-    QLabel* errorLabel; // owned by parent-child
-    /// Set while the loaded values are put into the controls, so that they are not sent straight back.
-    bool filling = false;
 };
 
 } // namespace TWB::GUI::Settings
