@@ -1,12 +1,10 @@
 #include "restore_wizard/page_source.h"
 #include "restore_wizard/restore_content_model.h"
-#include "backup_wizard/page_check_box_legend_dialog.h"
 #include "docs_catalog.h"
 #include "platform/plan/restore_file.h"
 #include "support/log_capture.h"
 
 #include <QAbstractItemModelTester>
-#include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -18,7 +16,6 @@ using namespace TWB::GUI;
 using TWB::Info::Plan::RestoreFile;
 using TWB::Test::DocsCatalog;
 using TWB::Test::LogCapture;
-using TWB::Test::TestEnvironment;
 using Page = RestorePlanEditWizard::PageSource;
 
 namespace {
@@ -264,38 +261,6 @@ private Q_SLOTS:
         QVERIFY(!wizard.button(QWizard::NextButton)->isEnabled());
     }
 
-    void pagePictures()
-    {
-        Wizard wizard;
-        RestoreFile plan;
-        plan.setRestoreItems({docs()});
-        wizard.page->fromPlan(&plan);
-        wizard.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&wizard));
-        QVERIFY(wizard.showSource(m_catalog.account));
-        RestoreContentModel* model = wizard.page->contentModel();
-        QVERIFY(seeded(*model));
-        QVERIFY(open(*model, docs()).isValid());
-        QVERIFY(open(*model, docs("old")).isValid());
-        for (QModelIndex index = find(*model, docs("old")); index.isValid(); index = index.parent())
-            wizard.page->view()->expand(index);
-        // All four marks: the folders on the way, "docs" with one file left out, the rest ticked.
-        QVERIFY(model->setData(find(*model, docs("c.txt")), 0, Qt::CheckStateRole));
-        QCOMPARE(state(*model, docs()), 1);
-        QVERIFY(wizard.grab().save(TestEnvironment::outputDir() + QStringLiteral("/restore_page_source.png")));
-
-        QString legendText;
-        QTimer::singleShot(0, this, [&] {
-            auto* legend = qobject_cast<PageCheckBoxLegendDialog*>(QApplication::activeModalWidget());
-            if (!legend)
-                return;
-            legendText = legend->legendText(1001);
-            legend->grab().save(TestEnvironment::outputDir() + QStringLiteral("/restore_page_source_legend.png"));
-            legend->reject();
-        });
-        wizard.page->legend()->linkActivated(QStringLiteral("#"));
-        QVERIFY(!legendText.isEmpty());
-    }
 };
 
 QTEST_MAIN(TestRestoreContentModel)

@@ -303,18 +303,6 @@ private Q_SLOTS:
         QCOMPARE(written.encryptionPassword(), password);
     }
 
-    void pagePictures()
-    {
-        PagesWizard wizard;
-        wizard.setCloud(2);
-        wizard.open(102);
-        wizard.picture(QStringLiteral("point_type"));
-        wizard.next();
-        QCOMPARE(wizard.currentId(), 2);
-        wizard.setStartId(104);
-        wizard.restart();
-        wizard.picture(QStringLiteral("glacier"));
-    }
 };
 
 QTEST_MAIN(TestRestorePages)

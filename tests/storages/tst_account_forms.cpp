@@ -3,7 +3,7 @@
 // every dialog and page.
 
 #include "frame/application.h"
-#include "peers/modal_driver.h"
+#include "support/modal_driver.h"
 #include "peers/storage_console.h"
 #include "platform/cloud/cloud_type.h"
 #include "platform/plan/backup_file.h"

@@ -1,4 +1,4 @@
-#include "peers/modal_driver.h"
+#include "support/modal_driver.h"
 #include "peers/storage_console.h"
 #include "platform/crypt/local_password.h"
 #include "storages/account_factory.h"

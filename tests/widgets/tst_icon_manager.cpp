@@ -1,15 +1,12 @@
-#include "support/test_environment.h"
 #include "widgets/icon_manager.h"
 #include "widgets/image_manager.h"
 
 #include <QIcon>
 #include <QImage>
 #include <QMetaEnum>
-#include <QPainter>
 #include <QtTest>
 
 using namespace TWB::GUI;
-using TWB::Test::TestEnvironment;
 
 namespace {
 
@@ -72,18 +69,6 @@ private Q_SLOTS:
         }
     }
 
-    void planStateIconsDiffer()
-    {
-        // The table of plan states depends on each number showing its own picture.
-        QSet<QByteArray> seen;
-        for (int type = IconManager::BackupPlan; type <= IconManager::RestorePlanSuccess; ++type) {
-            QImage image = IconManager::icon(type, IconManager::Small).pixmap(16, 16).toImage();
-            const QByteArray bytes(reinterpret_cast<const char*>(image.constBits()), int(image.sizeInBytes()));
-            QVERIFY2(!seen.contains(bytes), qPrintable(QStringLiteral("icon %1 repeats another").arg(type)));
-            seen.insert(bytes);
-        }
-    }
-
     void unknownNumbersGiveEmptyIcons_data()
     {
         QTest::addColumn<int>("type");
@@ -139,29 +124,6 @@ private Q_SLOTS:
         QCOMPARE(ImageManager::image(type).size() / ImageManager::image(type).devicePixelRatio(), size);
     }
 
-    void renderIconSheet()
-    {
-        // Every icon at 1x and 2x side by side, on the window colour, for a look by eye.
-        QList<QIcon> icons;
-        for (const int type : enumValues("Type"))
-            icons.append(IconManager::icon(type, IconManager::Small));
-        for (const int storage : enumValues("Storage"))
-            icons.append(IconManager::storage(storage, IconManager::Small));
-        const int columns = 12;
-        const int rows = (icons.size() + columns - 1) / columns;
-        QImage sheet(columns * 60, rows * 40, QImage::Format_ARGB32);
-        sheet.fill(QColor(239, 239, 239));
-        QPainter painter(&sheet);
-        for (int i = 0; i < icons.size(); ++i) {
-            const QPoint cell((i % columns) * 60, (i / columns) * 40);
-            painter.drawPixmap(cell + QPoint(4, 12), icons.at(i).pixmap(16, 16));
-            painter.drawPixmap(cell + QPoint(24, 4), icons.at(i).pixmap(32, 32));
-        }
-        painter.end();
-        QVERIFY(sheet.save(TestEnvironment::outputDir() + QStringLiteral("/icon_sheet.png")));
-        QVERIFY(ImageManager::image(ImageManager::WizardBackground, 1.0)
-                    .save(TestEnvironment::outputDir() + QStringLiteral("/image_wizard_background.png")));
-    }
 };
 
 QTEST_MAIN(TestIconManager)
