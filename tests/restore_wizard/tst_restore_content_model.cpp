@@ -260,7 +260,6 @@ private Q_SLOTS:
         QVERIFY(!wizard.page->isComplete());
         QVERIFY(!wizard.button(QWizard::NextButton)->isEnabled());
     }
-
 };
 
 QTEST_MAIN(TestRestoreContentModel)

@@ -302,7 +302,6 @@ private Q_SLOTS:
         QVERIFY(written.useEncryption());
         QCOMPARE(written.encryptionPassword(), password);
     }
-
 };
 
 QTEST_MAIN(TestRestorePages)

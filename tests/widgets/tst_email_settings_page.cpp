@@ -93,7 +93,6 @@ private Q_SLOTS:
         QCOMPARE(m_sink.messages().first().to, QStringList {QStringLiteral("<ann@example.org>")});
         QCOMPARE(m_sink.messages().first().subject, QStringLiteral("Tidewrack Backup test email"));
     }
-
 };
 
 QTEST_MAIN(TestEmailSettingsPage)

@@ -123,7 +123,6 @@ private Q_SLOTS:
         QVERIFY(hasInk(twice.toImage()));
         QCOMPARE(ImageManager::image(type).size() / ImageManager::image(type).devicePixelRatio(), size);
     }
-
 };
 
 QTEST_MAIN(TestIconManager)
