@@ -54,13 +54,6 @@ QString planXml(const QUuid& id, const QString& name, int kind)
     return plan.toXml();
 }
 
-std::unique_ptr<PlanFullTableModel> makeModel(int kind)
-{
-    if (kind == 1)
-        return std::make_unique<PlanBackupModel>();
-    return std::make_unique<PlanRestoreModel>();
-}
-
 } // namespace
 
 class TestPlanFullTableModel : public QObject
@@ -135,49 +128,6 @@ private Q_SLOTS:
         m_table = nullptr;
     }
 
-    void eachTableShowsItsKindSortedByName_data()
-    {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<QStringList>("expected");
-        QTest::newRow("backup") << 1 << QStringList {"Plan 1", "Plan 9", "Plan 10"};
-        QTest::newRow("restore") << 2 << QStringList {"Restore 3", "Restore 20"};
-    }
-
-    void eachTableShowsItsKindSortedByName()
-    {
-        QFETCH(int, kind);
-        QFETCH(QStringList, expected);
-        addPlan(QStringLiteral("Plan 10"), 1);
-        addPlan(QStringLiteral("Restore 20"), 2);
-        addPlan(QStringLiteral("Plan 9"), 1);
-        addPlan(QStringLiteral("Restore 3"), 2);
-        addPlan(QStringLiteral("Plan 1"), 1);
-
-        auto model = makeModel(kind);
-        QAbstractItemModelTester tester(model.get(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-        // Before init there is no table to read from.
-        QCOMPARE(model->rowCount(), 0);
-        QVERIFY(model->init());
-        QCOMPARE(model->rowCount(), 0);
-
-        QSignalSpy complite(model.get(), &BaseModel::complite);
-        QSignalSpy updated(model.get(), &BaseModel::updated);
-        QVERIFY(m_table->init());
-        QVERIFY(complite.wait());
-        QCOMPARE(updated.count(), 1);
-        QCOMPARE(names(*model), expected);
-        for (int row = 0; row < model->rowCount(); ++row)
-            QCOMPARE(model->index(row, 2).data().toInt(), kind);
-
-        // Time stands before status and message: 6 and 8 are the table's 8 and 6.
-        const QModelIndex first
-            = m_table->match(m_table->index(0, 1), Qt::DisplayRole, expected.first(), 1, Qt::MatchExactly).first();
-        QCOMPARE(model->index(0, 6).data(), m_table->index(first.row(), 8).data());
-        QCOMPARE(model->index(0, 7).data(), m_table->index(first.row(), 7).data());
-        QCOMPARE(model->index(0, 8).data(), m_table->index(first.row(), 6).data());
-        QCOMPARE(model->index(0, 8).data().toString(), QStringLiteral("%1 files sent").arg(expected.first().size()));
-    }
-
     void initPublishesRowsAlreadyLoaded()
     {
         addPlan(QStringLiteral("Photos"), 1);
@@ -192,6 +142,11 @@ private Q_SLOTS:
         QCOMPARE(inserted.at(0).at(1).toInt(), 0);
         QCOMPARE(inserted.at(0).at(2).toInt(), 1);
         QCOMPARE(names(model), (QStringList {"Music", "Photos"}));
+        // Time stands before status and message: 6 and 8 are the table's 8 and 6.
+        const int music = m_table->match(m_table->index(0, 1), Qt::DisplayRole, QStringLiteral("Music")).first().row();
+        QCOMPARE(model.index(0, 6).data(), m_table->index(music, 8).data());
+        QCOMPARE(model.index(0, 7).data(), m_table->index(music, 7).data());
+        QCOMPARE(model.index(0, 8).data().toString(), QStringLiteral("5 files sent"));
 
         // A second init changes nothing.
         QVERIFY(model.init());

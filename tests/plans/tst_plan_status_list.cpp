@@ -162,35 +162,6 @@ private Q_SLOTS:
         QCOMPARE(m_list->status(QUuid()).value(QStringLiteral("progress")).toInt(), 7);
     }
 
-    void stateVocabulary_data()
-    {
-        QTest::addColumn<int>("state");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("-1") << -1 << "Unknown"
-                            << "Unknown";
-        QTest::newRow("1") << 1 << "UpdatedFileSearch"
-                           << "Updated file search";
-        QTest::newRow("21, last before the gap") << 21 << "RunningWindowsBackup"
-                                                 << "Running windows backup";
-        QTest::newRow("22, in the gap") << 22 << QString() << QString();
-        QTest::newRow("100, after the gap") << 100 << "InterruptedSystemSleep"
-                                            << "Interrupted system sleep";
-        QTest::newRow("102") << 102 << "InterruptedByNetworkFilter"
-                             << "Interrupted by network filter";
-        QTest::newRow("103") << 103 << QString() << QString();
-    }
-
-    void stateVocabulary()
-    {
-        QFETCH(int, state);
-        QFETCH(QString, name);
-        QFETCH(QString, text);
-        QCOMPARE(PlanStates::isKnown(state), !name.isEmpty());
-        QCOMPARE(PlanStates::name(state), name);
-        QCOMPARE(PlanStates::displayText(state), text);
-    }
-
     void displayTextsAreTranslatedAndNamesAreNot()
     {
         MarkingTranslator translator("TWB::GUI::PlanStates");

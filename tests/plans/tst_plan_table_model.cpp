@@ -167,45 +167,6 @@ private Q_SLOTS:
         QTRY_VERIFY(m_service.clientCount() > 0);
     }
 
-    void notificationsKeepTheTableCurrent()
-    {
-        const QUuid photos = QUuid::createUuid();
-        const QUuid music = QUuid::createUuid();
-        m_rows.put(planRow(photos, QStringLiteral("Photos"), 1));
-        m_rows.put(planRow(music, QStringLiteral("Music"), 1));
-        QVERIFY(load());
-        QSignalSpy complite(m_table, &BaseModel::complite);
-
-        // Created: asked for with the lower-case key, then appended.
-        const QUuid videos = QUuid::createUuid();
-        m_rows.put(planRow(videos, QStringLiteral("Videos"), 2));
-        notify(NotificationType::PlanCreated, videos);
-        QVERIFY(complite.wait());
-        const FakeRequest info = m_service.requests(QStringLiteral("PlanGetInfo")).last();
-        QCOMPARE(info.params,
-            (QJsonObject {{QStringLiteral("id"), videos.toString()}, {QStringLiteral("profile"), "alice"}}));
-        QCOMPARE(names(), (QStringList {"Photos", "Music", "Videos"}));
-
-        // Updated: the row is replaced in place, every column at once.
-        m_rows.put(planRow(photos, QStringLiteral("Holiday photos"), 1));
-        QSignalSpy changed(m_table, &QAbstractItemModel::dataChanged);
-        notify(NotificationType::PlanUpdated, photos);
-        QVERIFY(complite.wait());
-        QCOMPARE(names(), (QStringList {"Holiday photos", "Music", "Videos"}));
-        QCOMPARE(changed.count(), 1);
-        QCOMPARE(changed.at(0).at(0).toModelIndex(), m_table->index(0, 0));
-        QCOMPARE(changed.at(0).at(1).toModelIndex(), m_table->index(0, 14));
-
-        // Removed: the row goes at once, without asking the service.
-        const int asked = m_service.requests().size();
-        QSignalSpy removed(m_table, &QAbstractItemModel::rowsRemoved);
-        notify(NotificationType::PlanRemoved, music);
-        QVERIFY(removed.wait());
-        QCOMPARE(removed.at(0).at(1).toInt(), 1);
-        QCOMPARE(names(), (QStringList {"Holiday photos", "Videos"}));
-        QCOMPARE(m_service.requests().size(), asked);
-    }
-
     void stateChangeShowsAtOnceThenReloadsTheRow()
     {
         const QUuid photos = QUuid::createUuid();

@@ -98,12 +98,6 @@ private:
         return driver.ran() ? code : QString();
     }
 
-    static bool pressList(Form* form)
-    {
-        QTest::mousePress(form->bucketBox(), Qt::LeftButton);
-        return QTest::qWaitFor([form] { return form->isListLoaded() || !form->messageText().isEmpty(); }, listWait);
-    }
-
     QJsonObject savedDocument(Form* form, const QString& name)
     {
         QTest::mouseClick(form->okButton(), Qt::LeftButton);

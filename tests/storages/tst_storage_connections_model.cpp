@@ -183,25 +183,6 @@ private Q_SLOTS:
         QCOMPARE(rowOf(*model, first), 1);
     }
 
-    void emptyFullLoadRemovesEveryRowOneByOne()
-    {
-        m_rows->add(QStringLiteral("One"), 1);
-        m_rows->add(QStringLiteral("Two"), 2);
-        m_rows->add(QStringLiteral("Three"), 3);
-        auto model = loadedModel();
-        QVERIFY(model);
-        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
-        m_rows->rows.clear();
-        QSignalSpy removed(model.get(), &QAbstractItemModel::rowsRemoved);
-        QSignalSpy complite(model.get(), &BaseModel::complite);
-        m_rows->notify(NotificationType::StorageListChanged);
-        QVERIFY(complite.wait());
-        QCOMPARE(removed.count(), 3);
-        for (const QList<QVariant>& args : qAsConst(removed))
-            QCOMPARE(args.at(1).toInt(), args.at(2).toInt());
-        QCOMPARE(model->rowCount(), 0);
-    }
-
     void failedLoadKeepsTheRows_data()
     {
         QTest::addColumn<FakeReply>("reply");
@@ -352,27 +333,6 @@ private Q_SLOTS:
         model->editStorage(QUuid::createUuid());
         QVERIFY(complite.wait());
         QCOMPARE(names(*model), QStringList {"Late"});
-    }
-
-    void removeNotificationDropsTheRow()
-    {
-        m_rows->add(QStringLiteral("First"), 1);
-        const QUuid id = m_rows->add(QStringLiteral("Middle"), 2);
-        m_rows->add(QStringLiteral("Last"), 3);
-        auto model = loadedModel();
-        QVERIFY(model);
-        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
-        QStringList seen;
-        recordSignals(*model, seen);
-        QSignalSpy updated(model.get(), &BaseModel::updated);
-        QSignalSpy complite(model.get(), &BaseModel::complite);
-        m_rows->notify(NotificationType::StorageRemoved, id);
-        QVERIFY(complite.wait());
-        QCOMPARE(updated.count(), 1);
-        QCOMPARE(seen, (QStringList {"removed 1-1", "complite"}));
-        QCOMPARE(names(*model), (QStringList {"First", "Last"}));
-        // Only the service was heard from: nothing was asked of it.
-        QCOMPARE(m_service.requests().size(), 1);
     }
 
     void removingAnUnknownAccountIsAnError()

@@ -10,9 +10,7 @@
 #include "support/test_environment.h"
 
 #include <QAbstractItemModelTester>
-#include <QHeaderView>
 #include <QSignalSpy>
-#include <QTableView>
 #include <QtTest>
 
 #include <functional>
@@ -226,44 +224,6 @@ private Q_SLOTS:
         QVERIFY(load(model));
         // Equal names are left in the service's order; a folder stays last whatever its name.
         QCOMPARE(names(sorted), served + QStringList {"a folder"});
-    }
-
-    void sortedListIsDrawnWithBackEndIcons()
-    {
-        m_rows->add(QStringLiteral("Photos archive"), 2);
-        m_rows->add(QStringLiteral("Home folder"), 1);
-        m_rows->add(QStringLiteral("Office Azure"), 3);
-        m_rows->add(QStringLiteral("Wasabi cold"), 29);
-        m_rows->add(QStringLiteral("NAS over SFTP"), 33);
-        m_rows->add(QStringLiteral("Backblaze"), 31);
-        StorageConnectionsModel model;
-        StorageConnectionsSortModel sorted;
-        sorted.setSourceModel(&model);
-        Tester tester(&sorted, Tester::FailureReportingMode::QtTest);
-        sorted.setSortCaseSensitivity(Qt::CaseInsensitive);
-        sorted.sort(0);
-        QVERIFY(load(model));
-
-        QTableView view;
-        view.setModel(&sorted);
-        for (int column = 1; column < 10; ++column)
-            view.setColumnHidden(column, column != 5 && column != 9);
-        view.horizontalHeader()->setStretchLastSection(true);
-        view.verticalHeader()->hide();
-        view.resizeColumnsToContents();
-        view.resize(420, 220);
-        view.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&view));
-        const QString picture = TestEnvironment::outputDir() + QStringLiteral("/storage_connections_sorted.png");
-        QVERIFY(view.grab().save(picture));
-
-        for (int row = 0; row < sorted.rowCount(); ++row) {
-            const QRect cell = view.visualRect(sorted.index(row, 0));
-            QVERIFY2(view.viewport()->rect().contains(cell), qPrintable(names(sorted).at(row)));
-            // Whole names: the column is as wide as its longest name and its icon.
-            QVERIFY(cell.width() >= view.fontMetrics().horizontalAdvance(names(sorted).at(row)) + 16);
-            QVERIFY(!sorted.index(row, 0).data(Qt::DecorationRole).value<QIcon>().isNull());
-        }
     }
 };
 

@@ -106,26 +106,6 @@ private Q_SLOTS:
         }
     }
 
-    void pageTitlesNameTheWizardKind_data()
-    {
-        QTest::addColumn<int>("planType");
-        QTest::addColumn<QString>("title");
-        QTest::newRow("backup") << 1 << "Backup plan: Plan name";
-        QTest::newRow("restore") << 2 << "Restore plan: Plan name";
-        QTest::newRow("neither") << 0 << ": Plan name";
-    }
-
-    void pageTitlesNameTheWizardKind()
-    {
-        QFETCH(int, planType);
-        QFETCH(QString, title);
-        SmallWizard wizard(planType);
-        wizard.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&wizard));
-        QCOMPARE(wizard.name->title(), title);
-        QCOMPARE(wizard.name->subTitle(), QStringLiteral("Specify plan name"));
-    }
-
     void secondExecIsRefused()
     {
         SmallWizard first(1);
