@@ -206,7 +206,6 @@ private Q_SLOTS:
         QTEST(written.onlyNewFiles(), "writtenOnlyNew");
         QCOMPARE(
             wizard.destination->summary().contains(QLatin1String("Restore only new files")), written.onlyNewFiles());
-        wizard.picture(QStringLiteral("destination_%1").arg(QTest::currentDataTag()).replace(QLatin1Char(' '), '_'));
     }
 
     void encryptionPageLeadsOn_data()

@@ -3,7 +3,6 @@
 #include "storages/storage_connections_local_model.h"
 #include "storages/storage_connections_model.h"
 #include "storages/storage_connections_sort_model.h"
-#include "platform/communication/connection_manager.h"
 #include "platform/communication/notification_types.h"
 #include "storage_test_rows.h"
 #include "support/fake_service.h"
@@ -17,7 +16,6 @@
 #include <memory>
 
 using namespace TWB::GUI;
-using TWB::Common::Communication::ConnectionManager;
 using TWB::Test::FakeService;
 using TWB::Test::names;
 using TWB::Test::StorageRows;
@@ -53,11 +51,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_env = std::make_unique<TestEnvironment>();
-        QVERIFY(m_service.listen(m_env->socketPath()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        QVERIFY(m_service.waitForClient());
+        QVERIFY(m_service.serveConsole(m_env->socketPath()));
     }
 
     void init()
