@@ -168,16 +168,11 @@ private Q_SLOTS:
         QCoreApplication::installTranslator(&translator);
         const QString text = PlanStates::displayText(PlanStates::InterruptedBySchedule);
         const QString name = PlanStates::name(PlanStates::InterruptedBySchedule);
-        const QMap<int, QString> kinds = PlanStates::kindTexts();
-        const QMap<int, QString> types = PlanStates::typeTexts();
         const QMap<int, QString> statuses = PlanStates::runStatusTexts();
         QCoreApplication::removeTranslator(&translator);
 
         QCOMPARE(text, QStringLiteral("<Interrupted by schedule>"));
         QCOMPARE(name, QStringLiteral("InterruptedBySchedule"));
-        QCOMPARE(kinds, (QMap<int, QString> {{1, "<Backup>"}, {2, "<Restore>"}}));
-        QCOMPARE(types,
-            (QMap<int, QString> {{0, "<File>"}, {1, "<Disk Image>"}, {2, "<System Full File>"}, {3, "<Unknown>"}}));
         QCOMPARE(statuses, (QMap<int, QString> {{1, "<Run>"}, {2, "<Stop>"}}));
         QCOMPARE(PlanStates::runStatusTexts().value(2), QStringLiteral("Stop"));
     }

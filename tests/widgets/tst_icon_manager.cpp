@@ -69,23 +69,6 @@ private Q_SLOTS:
         }
     }
 
-    void unknownNumbersGiveEmptyIcons_data()
-    {
-        QTest::addColumn<int>("type");
-        QTest::newRow("negative") << -1;
-        QTest::newRow("zero") << 0;
-        QTest::newRow("between add and plans") << 13;
-        QTest::newRow("gap in the file series") << 40;
-        QTest::newRow("beyond") << 1000;
-    }
-
-    void unknownNumbersGiveEmptyIcons()
-    {
-        QFETCH(int, type);
-        QVERIFY(IconManager::icon(type, IconManager::Small).isNull());
-        QVERIFY(IconManager::path(type).isEmpty());
-    }
-
     void everyStorageHasAnIcon()
     {
         const QList<int> storages = enumValues("Storage");

@@ -1,5 +1,4 @@
 #include "support/test_environment.h"
-#include "widgets/attention_frame.h"
 #include "widgets/check_box.h"
 #include "widgets/clouds_image_widget_standalone.h"
 #include "widgets/edit_list_widget.h"
@@ -11,9 +10,7 @@
 #include "widgets/process_dialog.h"
 #include "widgets/progress_wheel.h"
 #include "widgets/radio_button.h"
-#include "widgets/section_line.h"
 #include "widgets/text_edit_input_limit.h"
-#include "widgets/warning_frame.h"
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
@@ -305,30 +302,6 @@ private Q_SLOTS:
         QVERIFY(!wheel.isAnimated());
         QVERIFY(!label->isVisible());
         QCOMPARE(wheel.size(), QSize(16, 16));
-    }
-
-    void framesShowTheirTexts()
-    {
-        AttentionFrame attention;
-        QSignalSpy changed(&attention, &AttentionFrame::textChanged);
-        attention.setMessage(QStringLiteral("The password and confirmation password do not match"));
-        QCOMPARE(changed.count(), 1);
-        QVERIFY(attention.text().contains(QStringLiteral("ATTENTION: </font>The password")));
-        attention.resize(420, attention.sizeHint().height());
-        savePicture(attention, QStringLiteral("attention_frame"));
-
-        WarningFrame warning(QStringLiteral("The storage holds backups of another computer. Restoring them here may "
-                                            "overwrite files."));
-        const auto labels = warning.findChildren<QLabel*>();
-        QVERIFY(!labels.at(0)->pixmap(Qt::ReturnByValue).isNull());
-        QCOMPARE(warning.text(), labels.at(1)->text());
-        warning.resize(360, warning.sizeHint().height());
-        savePicture(warning, QStringLiteral("warning_frame"));
-
-        SectionLine line(QStringLiteral("Notifications"));
-        QVERIFY(line.findChild<QFrame*>(QString(), Qt::FindDirectChildrenOnly));
-        line.resize(300, line.sizeHint().height());
-        savePicture(line, QStringLiteral("section_line"));
     }
 
     void elidedLabelShortensItsText_data()
