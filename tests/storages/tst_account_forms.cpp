@@ -192,36 +192,6 @@ private Q_SLOTS:
         QVERIFY(Account::AccountFactory::canAdd(TWL::Cloud::S3Compatible));
     }
 
-    void managedEditionWithOneAccountChoosesItAlone()
-    {
-        // A first start of the service holds its own local storage, made on disk.
-        QCOMPARE(model()->rowCount(), 1);
-        QCOMPARE(model()->index(0, 0).data().toString(), QStringLiteral("Local storage"));
-        QVERIFY(QFileInfo(model()->index(0, 2).data().toString()).isDir());
-        PagesWizard standalone;
-        QVERIFY(!standalone.cloud->isSingle());
-
-        // A managed installation that allows no folders of the user's own, with its one account.
-        setManaged(true);
-        TestEnvironment::writeFile(m_env->rebrandingFile(), "AllowFileSystemAccount=false\n");
-        PagesWizard managed;
-        QVERIFY(managed.cloud->isSingle());
-        auto list = static_cast<Storages::EditList*>(managed.cloud->list());
-        QVERIFY(list->isReadOnly());
-        TWB::Info::Plan::BackupFile plan;
-        QVERIFY(managed.cloud->fromPlan(&plan));
-        QCOMPARE(managed.field(QStringLiteral("Field_CloudId")).toString(), model()->index(0, 1).data().toString());
-        QVERIFY(managed.cloud->isComplete());
-
-        // Where folders are allowed the user has a choice to make, even with one account.
-        QVERIFY(QFile::remove(m_env->rebrandingFile()));
-        PagesWizard folders;
-        QVERIFY(!folders.cloud->isSingle());
-        QVERIFY(folders.cloud->fromPlan(&plan));
-        QVERIFY(!folders.cloud->isComplete());
-        setManaged(false);
-    }
-
     void localFolderIsCheckedAddedEditedAndRemoved()
     {
         // The rows come and go by the real service's notifications, under the tester's eye.
