@@ -1,12 +1,9 @@
 #include "backup_wizard/page_summary.h"
 
-#include "platform/communication/connection_manager.h"
 #include "platform/plan/backup_disk_image.h"
 #include "platform/plan/backup_file.h"
-#include "wizard/page_cloud.h"
-#include "wizard/plan_edit_wait.h"
 
-#include <QMessageBox>
+#include <QVariant>
 #include <QWizard>
 
 #include <memory>
@@ -23,40 +20,15 @@ bool BackupPlanEditWizard::PageSummary::validatePage()
     if (!owner)
         return false;
     // A fresh plan, never the one loaded: what no visited page writes keeps the new object's default.
-    std::shared_ptr<TWB::Info::Plan::Backup> plan;
+    std::unique_ptr<TWB::Info::Plan::Backup> plan;
     const int kind = owner->property(PropertyBackupPlanType).toInt();
     if (kind == PlanTypeFile)
-        plan = std::make_shared<TWB::Info::Plan::BackupFile>();
+        plan = std::make_unique<TWB::Info::Plan::BackupFile>();
     else if (kind == PlanTypeDiskImage)
-        plan = std::make_shared<TWB::Info::Plan::BackupDiskImage>();
+        plan = std::make_unique<TWB::Info::Plan::BackupDiskImage>();
     else
         return false;
-    const bool edit = owner->property("IsEdit").toBool();
-    // A new plan is named here, so that the wait can find its row when the service adds it.
-    plan->setId(edit ? owner->property("PlanId").toUuid() : QUuid::createUuid());
-    const auto visited = owner->visitedIds();
-    for (int id : visited) {
-        if (auto* page = qobject_cast<PageBase*>(owner->page(id)))
-            page->initPlan(plan.get());
-    }
-    // A storage page that was skipped is not among the visited ones, yet it chose the storage.
-    if (auto* cloud = qobject_cast<PlanWizardBase::PageCloud*>(owner->page(0)); cloud && cloud->isSingle())
-        plan->setStorage(QUuid(field(QLatin1String(PlanWizardBase::PageCloud::FieldId)).toString()));
-
-    // Without the service nothing can be saved; say so rather than let Done do nothing.
-    auto connection = TWB::Common::Communication::ConnectionManager::instance();
-    if (!connection || !connection->isLocalManagmentConnected()) {
-        QMessageBox box(QMessageBox::Warning, owner->windowTitle(),
-            tr("The backup service is not running, so the plan was not saved. The console is starting the "
-               "service again: press %1 once it is connected.")
-                .arg(owner->buttonText(QWizard::FinishButton).remove(QLatin1Char('&'))),
-            QMessageBox::Ok, owner, Qt::Sheet);
-        box.exec();
-        return false;
-    }
-    PlanEditWait wait(edit, this);
-    wait.setPlan(plan->id(), plan->toXml(), field(QLatin1String(FieldRunNow)).toBool());
-    return wait.result() == QDialog::Accepted;
+    return savePlan(plan.get(), field(QLatin1String(FieldRunNow)).toBool());
 }
 
 } // namespace TWB::GUI

@@ -37,6 +37,9 @@ Q_SIGNALS:
 protected:
     /// The summary rows of every visited page, in visiting order.
     QString visitedSummary() const;
+    /// Fills `plan` from the visited pages and saves it through the service, waiting for the result.
+    /// Without the service it says so and keeps the wizard open. True once the plan is saved.
+    bool savePlan(TWB::Info::Plan::Base* plan, bool runNow);
 
     QTextEdit* summaryView = nullptr; // owned by parent-child
     QCheckBox* runNow = nullptr; // owned by parent-child

@@ -1,7 +1,11 @@
 // The configuration export and import dialogs through the real channel and the real twbd: the plan
 // list follows the plan model, the passwords must agree, a wrong archive password is shown in the
-// dialog, and a right one takes the archive in.
+// dialog, and a right one takes the archive in. Then the console window's Settings… button.
 
+#include "app/console_models.h"
+#include "app/console_window.h"
+#include "app/service_launcher.h"
+#include "frame/application_event_controller.h"
 #include "frame/model_manager.h"
 #include "frame/model_names.h"
 #include "frame/shared_model_creator.h"
@@ -11,12 +15,19 @@
 #include "service_fixture.h"
 #include "settings/configuration_export_dialog.h"
 #include "settings/configuration_import_dialog.h"
+#include "settings/setting_dialog.h"
+#include "storages/storages.h"
+#include "storages/storages_edit_list.h"
 #include "support/test_environment.h"
 
+#include <QAbstractItemView>
+#include <QAction>
 #include <QCheckBox>
 #include <QFile>
 #include <QLineEdit>
+#include <QListView>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTreeWidget>
 #include <QtTest>
 
@@ -112,6 +123,52 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(importing.result(), int(QDialog::Accepted), 20000);
         QCOMPARE(importing.resultText(),
             QStringLiteral("Imported 0 plans and 0 storage accounts; 2 that exist here were kept"));
+    }
+
+    // The console window's Settings… button, on the same service.
+    void settingsOpenOverTheWindowWithItsAccounts()
+    {
+        TWB::Host::ConsoleModels models;
+        models.start();
+        TWB::GUI::ApplicationEventController controller;
+        TWB::Host::ServiceLauncher launcher;
+        TWB::Host::ConsoleWindow window(controller, launcher);
+        controller.init();
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+        QStringList tabs;
+        int accounts = -1;
+        QWidget* parent = nullptr;
+        QTimer poll;
+        int polls = 0;
+        connect(&poll, &QTimer::timeout, this, [&] {
+            auto* dialog = qobject_cast<TWB::GUI::SettingDialog*>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            auto* storages = qobject_cast<TWB::GUI::Settings::Storages*>(dialog->tabs()->widget(0));
+            QAbstractItemView* list = storages ? storages->list()->view() : nullptr;
+            // The accounts come from the shared model, which may still be loading when the dialog opens.
+            if (list && list->model()->rowCount() == 0 && ++polls < 100)
+                return;
+            // One more tick, for the view to lay out the rows it was told of, before the picture.
+            if (!parent) {
+                parent = dialog->parentWidget();
+                return;
+            }
+            accounts = list ? list->model()->rowCount() : -1;
+            for (int tab = 0; tab < dialog->tabs()->count(); ++tab)
+                tabs << dialog->tabs()->tabText(tab);
+            dialog->grab().save(TestEnvironment::outputDir() + QStringLiteral("/settings_from_console.png"));
+            dialog->reject();
+        });
+        poll.start(50);
+        QVERIFY(window.settingsAction());
+        window.settingsAction()->trigger();
+        QCOMPARE(parent, &window);
+        QCOMPARE(tabs.value(0), QStringLiteral("Storage"));
+        QCOMPARE(tabs.size(), 7);
+        QCOMPARE(accounts, 1);
     }
 };
 

@@ -11,6 +11,8 @@
 #include "storages/storage_connections_model.h"
 #include "storages/storage_connections_sort_model.h"
 #include "storages/storages_info.h"
+#include "support/modal_answerer.h"
+#include "support/modal_driver.h"
 #include "support/service_process.h"
 #include "support/test_environment.h"
 
@@ -26,35 +28,15 @@
 #include <QTreeView>
 #include <QtTest>
 
-#include <functional>
 #include <memory>
 
 using namespace TWB::GUI;
 using TWB::Common::Communication::ConnectionManager;
 using TWB::Host::StorageActions;
+using TWB::Test::ModalAnswerer;
+using TWB::Test::ModalDriver;
 using TWB::Test::ServiceProcess;
 using TWB::Test::TestEnvironment;
-
-namespace {
-
-/// Acts once on the next modal dialog of the class, from inside its own event loop.
-template <typename Dialog> bool whenShown(std::function<void(Dialog*)> act, std::function<void()> open)
-{
-    bool ran = false;
-    QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, [&] {
-        auto dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-        if (!dialog || !dialog->isVisible() || ran)
-            return;
-        ran = true;
-        act(dialog);
-    });
-    poll.start(20);
-    open();
-    return ran;
-}
-
-} // namespace
 
 class TestStorageActions : public QObject
 {
@@ -127,14 +109,14 @@ private Q_SLOTS:
         }
         QVERIFY(folder && folder->isEnabled());
         const QString path = m_env->root() + QStringLiteral("/backup disk");
-        QVERIFY(whenShown<Settings::Account::Local::Add>(
-            [&path](Settings::Account::Local::Add* form) {
-                const auto edits = form->findChildren<QLineEdit*>();
-                QTest::keyClicks(edits.value(0), QStringLiteral("Backup disk"));
-                QTest::keyClicks(edits.value(1), path);
-                QTest::mouseClick(form->okButton(), Qt::LeftButton);
-            },
-            [folder] { folder->trigger(); }));
+        ModalDriver<Settings::Account::Local::Add> adder([&path](Settings::Account::Local::Add* form) {
+            const auto edits = form->findChildren<QLineEdit*>();
+            QTest::keyClicks(edits.value(0), QStringLiteral("Backup disk"));
+            QTest::keyClicks(edits.value(1), path);
+            QTest::mouseClick(form->okButton(), Qt::LeftButton);
+        });
+        folder->trigger();
+        QVERIFY(adder.ran());
         const QModelIndex added = rowNamed(*view, QStringLiteral("Backup disk"));
         QVERIFY(added.isValid());
         QCOMPARE(added.sibling(added.row(), 2).data().toString(), path);
@@ -145,44 +127,38 @@ private Q_SLOTS:
         QVERIFY(tabs.grab().save(TestEnvironment::outputDir() + QStringLiteral("/storage_tab_actions.png")));
         QString title;
         QString shownPath;
-        QVERIFY(whenShown<QDialog>(
-            [&](QDialog* dialog) {
-                title = dialog->windowTitle();
-                if (auto info = dialog->findChild<Settings::Storages::Info*>())
-                    shownPath = info->fieldText(QStringLiteral("Path"));
-                QVERIFY(dialog->grab().save(TestEnvironment::outputDir() + QStringLiteral("/storage_tab_info.png")));
-                dialog->reject();
-            },
-            [&] {
-                const QRect cell = view->visualRect(view->currentIndex());
-                // A view takes a double-click only after the press that began it.
-                QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, cell.center());
-                QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, cell.center());
-            }));
+        ModalDriver<QDialog> shower([&](QDialog* dialog) {
+            title = dialog->windowTitle();
+            if (auto info = dialog->findChild<Settings::Storages::Info*>())
+                shownPath = info->fieldText(QStringLiteral("Path"));
+            QVERIFY(dialog->grab().save(TestEnvironment::outputDir() + QStringLiteral("/storage_tab_info.png")));
+            dialog->reject();
+        });
+        const QRect cell = view->visualRect(view->currentIndex());
+        // A view takes a double-click only after the press that began it.
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, cell.center());
+        QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, cell.center());
+        QVERIFY(shower.ran());
         QCOMPARE(title, QStringLiteral("Backup disk"));
         QCOMPARE(shownPath, path);
 
-        QVERIFY(whenShown<Settings::Account::Local::Add>(
-            [](Settings::Account::Local::Add* form) {
-                QLineEdit* name = form->findChildren<QLineEdit*>().value(0);
-                if (!QTest::qWaitFor([name] { return !name->text().isEmpty(); }))
-                    return form->reject();
-                name->selectAll();
-                QTest::keyClicks(name, QStringLiteral("Backup disk 2"));
-                QTest::mouseClick(form->okButton(), Qt::LeftButton);
-            },
-            [actions] { actions->editAction()->trigger(); }));
+        ModalDriver<Settings::Account::Local::Add> editor([](Settings::Account::Local::Add* form) {
+            QLineEdit* name = form->findChildren<QLineEdit*>().value(0);
+            if (!QTest::qWaitFor([name] { return !name->text().isEmpty(); }))
+                return form->reject();
+            name->selectAll();
+            QTest::keyClicks(name, QStringLiteral("Backup disk 2"));
+            QTest::mouseClick(form->okButton(), Qt::LeftButton);
+        });
+        actions->editAction()->trigger();
+        QVERIFY(editor.ran());
         QVERIFY(rowNamed(*view, QStringLiteral("Backup disk 2")).isValid());
 
         view->setCurrentIndex(rowNamed(*view, QStringLiteral("Backup disk 2")));
-        QString asked;
-        QVERIFY(whenShown<QMessageBox>(
-            [&asked](QMessageBox* box) {
-                asked = box->text();
-                box->button(QMessageBox::Ok)->click();
-            },
-            [actions] { actions->removeAction()->trigger(); }));
-        QCOMPARE(asked, QStringLiteral("Delete \"Backup disk 2\" account?"));
+        ModalAnswerer remover(QMessageBox::Ok);
+        actions->removeAction()->trigger();
+        QVERIFY(remover.answered());
+        QCOMPARE(remover.text(), QStringLiteral("Delete \"Backup disk 2\" account?"));
         QVERIFY(!rowNamed(*view, QStringLiteral("Backup disk 2")).isValid());
         QVERIFY(!actions->removeAction()->isEnabled() || view->currentIndex().isValid());
     }

@@ -370,9 +370,11 @@ private Q_SLOTS:
             next(wizard);
             walked << wizard.currentId();
         } else {
-            // Nowhere to go back to.
+            // Nowhere to go back to, and the one account is not the user's to change.
             QVERIFY(
                 !wizard.button(QWizard::BackButton)->isVisible() || !wizard.button(QWizard::BackButton)->isEnabled());
+            auto* cloud = static_cast<PlanWizardBase::PageCloud*>(wizard.page(0));
+            QVERIFY(static_cast<Settings::Storages::EditList*>(cloud->list())->isReadOnly());
         }
         QTest::keyClicks(wizard.page(1)->findChild<QLineEdit*>(), QString::fromLatin1(QTest::currentDataTag()));
         next(wizard);

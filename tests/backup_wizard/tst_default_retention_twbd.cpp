@@ -2,7 +2,6 @@
 #include "platform/plan/backup_file.h"
 #include "service_fixture.h"
 #include "settings/retention_policy.h"
-#include "settings/setting_simple_dialog.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -149,20 +148,6 @@ private Q_SLOTS:
         QVERIFY(!reply.success);
         QCOMPARE(reply.error, error);
         QCOMPARE(productOptions(), before);
-    }
-
-    void dialogPicture()
-    {
-        SettingSimpleDialog dialog;
-        auto* page = new Settings::RetentionPolicy(&dialog);
-        QSignalSpy loaded(page, &Settings::RetentionPolicy::loaded);
-        dialog.setWidget(page);
-        page->loadSettings();
-        QVERIFY(loaded.wait());
-        dialog.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
-        QCOMPARE(dialog.windowTitle(), QStringLiteral("Default retention policy"));
-        QVERIFY(dialog.grab().save(TestEnvironment::outputDir() + QStringLiteral("/default_retention_dialog.png")));
     }
 };
 

@@ -1,17 +1,13 @@
 #include "backup_wizard/file_system_checked_model.h"
 #include "backup_wizard/file_system_checked_proxy_model.h"
-#include "plans/incomplete_state_delegate.h"
 #include "platform/drive_shares.h"
-#include "support/test_environment.h"
 
 #include <QAbstractItemModelTester>
 #include <QDir>
 #include <QFile>
-#include <QHeaderView>
 #include <QJsonObject>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTreeView>
 #include <QtTest>
 
 #include <memory>
@@ -330,29 +326,6 @@ private slots:
         QCOMPARE(shares.get_local_path(plan, 0), real);
         QCOMPARE(shares.getSqlPathFromLocal(real), catalog);
         QCOMPARE(shares.volumes().size(), 3);
-    }
-
-    void tree_rendering()
-    {
-        setState("a", 2);
-        setState("a/a1.txt", 0);
-        setState("b/b1.txt", 2);
-        QTreeView view;
-        view.setModel(proxy.get());
-        view.setItemDelegateForColumn(0, new IncompleteStateDelegate(&view));
-        view.header()->hide();
-        for (int column = 1; column < model->columnCount(); ++column)
-            view.hideColumn(column);
-        view.resize(320, 360);
-        view.expand(proxy->mapFromSource(model->indexByPath(dir.path())));
-        view.expand(proxy->mapFromSource(model->indexByPath(real("a"))));
-        view.expand(proxy->mapFromSource(model->indexByPath(real("b"))));
-        view.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&view));
-        QVERIFY(view.grab().save(TWB::Test::TestEnvironment::outputDir() + QStringLiteral("/file_tree.png")));
-        const QModelIndex a1 = proxy->mapFromSource(model->indexByPath(real("a/a1.txt")));
-        QVERIFY(view.visualRect(a1).bottom() < view.viewport()->height());
-        QCOMPARE(view.visualRect(a1).height(), view.visualRect(a1.sibling(a1.row() + 1, 0)).height());
     }
 };
 

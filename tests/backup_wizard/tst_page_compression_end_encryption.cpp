@@ -2,7 +2,6 @@
 #include "frame/model_manager.h"
 #include "frame/model_names.h"
 #include "frame/shared_model_creator.h"
-#include "platform/communication/connection_manager.h"
 #include "platform/plan/backup_file.h"
 #include "storages/storage_connections_model.h"
 #include "storages/storage_test_rows.h"
@@ -21,7 +20,6 @@
 
 using namespace TWB::GUI;
 using namespace TWB::Info::Plan;
-using TWB::Common::Communication::ConnectionManager;
 using TWB::Test::ModalAnswerer;
 using TWB::Test::TestEnvironment;
 using Page = BackupPlanEditWizard::PageCompressionEndEncryption;
@@ -82,9 +80,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_env = std::make_unique<TestEnvironment>();
-        QVERIFY(m_service.listen(m_env->socketPath()));
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
+        QVERIFY(m_service.serveConsole(m_env->socketPath()));
         // The storage list, as the service sends it, holds an Azure account and an Azure Stack account.
         static TWB::Test::StorageRows rows(m_service);
         m_azure = rows.add(QStringLiteral("Blobs"), 3);

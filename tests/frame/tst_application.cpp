@@ -1,6 +1,11 @@
 #include "frame/application.h"
 #include "frame/application_event_controller.h"
+#include "frame/base_model.h"
 #include "frame/get_program_path.h"
+#include "frame/model_creator.h"
+#include "frame/model_manager.h"
+#include "frame/model_names.h"
+#include "frame/shared_model_creator.h"
 #include "frame/system_url_open_handler.h"
 #include "platform/communication/connection_manager.h"
 #include "platform/communication/notification_center.h"
@@ -24,6 +29,45 @@ using TWB::Test::FakeService;
 using TWB::Test::LogCapture;
 using TWB::Test::TestEnvironment;
 
+namespace {
+
+/// An empty model, enough to stand behind a name in the registry.
+class ListModel : public BaseModel
+{
+public:
+    explicit ListModel(QObject* parent = nullptr)
+        : BaseModel(parent)
+    {
+        ++instances;
+    }
+    ~ListModel() override { --instances; }
+
+    bool init() override { return true; }
+    QModelIndex index(int, int, const QModelIndex&) const override { return QModelIndex(); }
+    QModelIndex parent(const QModelIndex&) const override { return QModelIndex(); }
+    int rowCount(const QModelIndex&) const override { return 0; }
+    int columnCount(const QModelIndex&) const override { return 1; }
+    QVariant data(const QModelIndex&, int) const override { return QVariant(); }
+
+    static int instances;
+};
+
+int ListModel::instances = 0;
+
+/// A creator that breaks the sharing rule, to show what the registry does and does not do.
+class FreshCreator : public ModelCreator
+{
+public:
+    BaseModel* create() override { return new ListModel(&owner); }
+    const QString& name() const override { return m_name; }
+    QObject owner;
+
+private:
+    const QString m_name = QStringLiteral("TwbPlanTableModel");
+};
+
+} // namespace
+
 /// Stands in for the system's URL opener and notes the environment it was called in.
 class UrlRecorder : public QObject
 {
@@ -42,6 +86,7 @@ public Q_SLOTS:
     }
 };
 
+/// The application frame: its identity, the event controller, URL opening and the model registry.
 class TestApplication : public QObject
 {
     Q_OBJECT
@@ -163,6 +208,45 @@ private Q_SLOTS:
         QCOMPARE(Application::supportEmail(), QStringLiteral("other@harbour.example"));
         QVERIFY(Application::isStandalon());
         QVERIFY(!Application::buildVersion().isEmpty());
+    }
+
+    void creatorWithoutOwnerDeletesItsModel()
+    {
+        {
+            SharedModelCreator<ListModel> creator(ModelNames::AmazonLifecyclePolicy);
+            QCOMPARE(creator.name(), QStringLiteral("TwbAmazonLifececlyPolicyModel"));
+            QVERIFY(creator.create());
+            QCOMPARE(ListModel::instances, 1);
+        }
+        QCOMPARE(ListModel::instances, 0);
+    }
+
+    void deletedSharedModelIsNotRebuilt()
+    {
+        auto* owner = new QObject;
+        SharedModelCreator<ListModel> creator(ModelNames::HistoryGetByPlan, owner);
+        QVERIFY(creator.create());
+        delete owner;
+        QVERIFY(!creator.create());
+        QCOMPARE(ListModel::instances, 0);
+    }
+
+    void creatorThatDiesLeavesTheRegistry()
+    {
+        auto manager = ModelManager::instance();
+        {
+            QObject owner;
+            SharedModelCreator<ListModel> creator(ModelNames::PlanBackupTable, &owner);
+            manager->registrateCreator(creator);
+            QVERIFY(manager->create(ModelNames::PlanBackupTable));
+        }
+        // Null, not a call through a dangling pointer.
+        QVERIFY(!manager->create(ModelNames::PlanBackupTable));
+        FreshCreator fresh;
+        manager->registrateCreator(fresh);
+        QVERIFY(manager->create(ModelNames::PlanTable));
+        manager->unregisterCreator(fresh);
+        QVERIFY(!manager->create(ModelNames::PlanTable));
     }
 };
 

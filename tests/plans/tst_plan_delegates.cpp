@@ -36,32 +36,6 @@ using TWB::Test::TestEnvironment;
 
 namespace {
 
-/// Opens initStyleOption, which item views call, to the tests.
-template <typename Delegate> class Probe final : public Delegate
-{
-public:
-    using Delegate::initStyleOption;
-};
-
-template <typename Delegate> QStyleOptionViewItem styleFor(const QModelIndex& index)
-{
-    Probe<Delegate> delegate;
-    QStyleOptionViewItem option;
-    delegate.initStyleOption(&option, index);
-    return option;
-}
-
-/// Both sides premultiplied, as a pixmap holds them, so that edge pixels round alike.
-QImage iconImage(const QIcon& icon)
-{
-    return icon.pixmap(QSize(16, 16)).toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
-}
-
-QImage fileImage(const QString& path)
-{
-    return QImage(path).convertToFormat(QImage::Format_ARGB32_Premultiplied);
-}
-
 const QUuid officeId(QStringLiteral("{6d2c56a6-1f4b-4bd1-9a49-1c1f54b5c0a1}"));
 const QUuid homeId(QStringLiteral("{0b7f3f7e-8f3f-4e8e-8a9c-4f7cfa6d2b10}"));
 
@@ -173,75 +147,6 @@ private Q_SLOTS:
         QCOMPARE(DateTimeDelegate::toText(QStringLiteral("20240229233000"), QLocale::c()), nextDay);
         QVERIFY(DateTimeDelegate::toText(QStringLiteral("2024-01-15"), QLocale::c()).isEmpty());
         QVERIFY(DateTimeDelegate::toText(QVariant(), QLocale::c()).isEmpty());
-    }
-
-    void kindAndRunStatusShowTextAndIcon_data()
-    {
-        QTest::addColumn<bool>("status");
-        QTest::addColumn<QVariant>("value");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("icon");
-        QTest::newRow("kind backup") << false << QVariant(1) << "Backup"
-                                     << "://images/backup.png";
-        QTest::newRow("kind restore") << false << QVariant(2) << "Restore"
-                                      << "://images/restore.png";
-        QTest::newRow("kind three") << false << QVariant(3) << "N/A" << QString();
-        QTest::newRow("status run") << true << QVariant(1) << "Run"
-                                    << "://images/plan_state_start.png";
-        QTest::newRow("status stop") << true << QVariant(2) << "Stop"
-                                     << "://images/plan_state_no.png";
-        QTest::newRow("status zero") << true << QVariant(0) << "N/A" << QString();
-    }
-
-    void kindAndRunStatusShowTextAndIcon()
-    {
-        QFETCH(bool, status);
-        QFETCH(QVariant, value);
-        QFETCH(QString, text);
-        QFETCH(QString, icon);
-        QCOMPARE(
-            status ? PlanQuickPlanStatus::toText(value, QLocale::c()) : PlanTypeDelegate::toText(value, QLocale::c()),
-            text);
-        QStandardItemModel model(1, 1);
-        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        model.setData(model.index(0, 0), value);
-        // The model's own decoration never shows through a status: the status decides.
-        if (status)
-            model.setData(model.index(0, 0), QIcon(QStringLiteral("://images/backup.png")), Qt::DecorationRole);
-        const QStyleOptionViewItem option
-            = status ? styleFor<PlanQuickPlanStatus>(model.index(0, 0)) : styleFor<PlanTypeDelegate>(model.index(0, 0));
-        // Every status keeps its icon area, so the texts of the column line up.
-        if (status || !icon.isEmpty())
-            QVERIFY(option.features & QStyleOptionViewItem::HasDecoration);
-        if (icon.isEmpty())
-            QVERIFY(option.icon.isNull());
-        else
-            QCOMPARE(iconImage(option.icon), fileImage(icon));
-    }
-
-    void planStateColour_data()
-    {
-        QTest::addColumn<QVariant>("state");
-        QTest::addColumn<QColor>("colour");
-        QTest::newRow("fail") << QVariant(8) << QColor(Qt::red);
-        QTest::newRow("warning") << QVariant(7) << QColor(Qt::darkYellow);
-        QTest::newRow("success") << QVariant(6) << QColor(Qt::darkGreen);
-        QTest::newRow("interrupted") << QVariant(9) << QColor(Qt::blue);
-        QTest::newRow("battery") << QVariant(101) << QColor(Qt::blue);
-        QTest::newRow("unknown") << QVariant(-1) << QColor(Qt::black);
-        QTest::newRow("missing") << QVariant() << QColor(Qt::black);
-    }
-
-    void planStateColour()
-    {
-        QFETCH(QVariant, state);
-        QFETCH(QColor, colour);
-        QStandardItemModel model(1, 1);
-        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        model.setData(model.index(0, 0), state);
-        const QStyleOptionViewItem option = styleFor<PlanResultDelegate>(model.index(0, 0));
-        for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
-            QCOMPARE(option.palette.color(group, QPalette::Text), colour);
     }
 
     void storageNameWithoutTheListIsUnknown()

@@ -162,51 +162,17 @@ private Q_SLOTS:
         QCOMPARE(m_list->status(QUuid()).value(QStringLiteral("progress")).toInt(), 7);
     }
 
-    void stateVocabulary_data()
-    {
-        QTest::addColumn<int>("state");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("-1") << -1 << "Unknown"
-                            << "Unknown";
-        QTest::newRow("1") << 1 << "UpdatedFileSearch"
-                           << "Updated file search";
-        QTest::newRow("21, last before the gap") << 21 << "RunningWindowsBackup"
-                                                 << "Running windows backup";
-        QTest::newRow("22, in the gap") << 22 << QString() << QString();
-        QTest::newRow("100, after the gap") << 100 << "InterruptedSystemSleep"
-                                            << "Interrupted system sleep";
-        QTest::newRow("102") << 102 << "InterruptedByNetworkFilter"
-                             << "Interrupted by network filter";
-        QTest::newRow("103") << 103 << QString() << QString();
-    }
-
-    void stateVocabulary()
-    {
-        QFETCH(int, state);
-        QFETCH(QString, name);
-        QFETCH(QString, text);
-        QCOMPARE(PlanStates::isKnown(state), !name.isEmpty());
-        QCOMPARE(PlanStates::name(state), name);
-        QCOMPARE(PlanStates::displayText(state), text);
-    }
-
     void displayTextsAreTranslatedAndNamesAreNot()
     {
         MarkingTranslator translator("TWB::GUI::PlanStates");
         QCoreApplication::installTranslator(&translator);
         const QString text = PlanStates::displayText(PlanStates::InterruptedBySchedule);
         const QString name = PlanStates::name(PlanStates::InterruptedBySchedule);
-        const QMap<int, QString> kinds = PlanStates::kindTexts();
-        const QMap<int, QString> types = PlanStates::typeTexts();
         const QMap<int, QString> statuses = PlanStates::runStatusTexts();
         QCoreApplication::removeTranslator(&translator);
 
         QCOMPARE(text, QStringLiteral("<Interrupted by schedule>"));
         QCOMPARE(name, QStringLiteral("InterruptedBySchedule"));
-        QCOMPARE(kinds, (QMap<int, QString> {{1, "<Backup>"}, {2, "<Restore>"}}));
-        QCOMPARE(types,
-            (QMap<int, QString> {{0, "<File>"}, {1, "<Disk Image>"}, {2, "<System Full File>"}, {3, "<Unknown>"}}));
         QCOMPARE(statuses, (QMap<int, QString> {{1, "<Run>"}, {2, "<Stop>"}}));
         QCOMPARE(PlanStates::runStatusTexts().value(2), QStringLiteral("Stop"));
     }

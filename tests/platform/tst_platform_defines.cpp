@@ -161,19 +161,6 @@ private Q_SLOTS:
         QVERIFY(SHARED::defines::common::is_standalone());
     }
 
-    void rebrandingDeclaresItsKeysWithDefaults()
-    {
-        QFile::remove(m_env->rebrandingFile());
-        const QStringList& keys = TWB::Defines::Rebranding::keys();
-        TWB::Defines::Rebranding rebranding;
-        for (const QString& key : keys)
-            QVERIFY2(rebranding.value(key).isValid(), qPrintable(key));
-        QCOMPARE(rebranding.value(QStringLiteral("ProductName")).toString(), QStringLiteral("Tidewrack Backup"));
-        QCOMPARE(rebranding.value(QStringLiteral("AllowCompression")), QVariant(true));
-        QCOMPARE(rebranding.value(QStringLiteral("DenyBackupPlanEdit")), QVariant(false));
-        QVERIFY(!rebranding.value(QStringLiteral("NoSuchKey")).isValid());
-    }
-
     void rebrandingFileOverridesTheDefaults()
     {
         TestEnvironment::writeFile(m_env->rebrandingFile(),

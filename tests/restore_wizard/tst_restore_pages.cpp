@@ -206,7 +206,6 @@ private Q_SLOTS:
         QTEST(written.onlyNewFiles(), "writtenOnlyNew");
         QCOMPARE(
             wizard.destination->summary().contains(QLatin1String("Restore only new files")), written.onlyNewFiles());
-        wizard.picture(QStringLiteral("destination_%1").arg(QTest::currentDataTag()).replace(QLatin1Char(' '), '_'));
     }
 
     void encryptionPageLeadsOn_data()
@@ -301,19 +300,6 @@ private Q_SLOTS:
         QVERIFY(wizard.encryption->initPlan(&written));
         QVERIFY(written.useEncryption());
         QCOMPARE(written.encryptionPassword(), password);
-    }
-
-    void pagePictures()
-    {
-        PagesWizard wizard;
-        wizard.setCloud(2);
-        wizard.open(102);
-        wizard.picture(QStringLiteral("point_type"));
-        wizard.next();
-        QCOMPARE(wizard.currentId(), 2);
-        wizard.setStartId(104);
-        wizard.restart();
-        wizard.picture(QStringLiteral("glacier"));
     }
 };
 

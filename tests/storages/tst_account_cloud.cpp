@@ -1,5 +1,5 @@
 #include "engine_test_support.h"
-#include "peers/modal_driver.h"
+#include "support/modal_driver.h"
 #include "peers/storage_console.h"
 #include "peers/round_trip.h"
 #include "platform/cloud/account_keys.h"

@@ -3,7 +3,7 @@
 // every dialog and page.
 
 #include "frame/application.h"
-#include "peers/modal_driver.h"
+#include "support/modal_driver.h"
 #include "peers/storage_console.h"
 #include "platform/cloud/cloud_type.h"
 #include "platform/plan/backup_file.h"
@@ -190,36 +190,6 @@ private Q_SLOTS:
         QVERIFY(Account::AccountFactory::add(TWL::Cloud::S3Compatible, nullptr) == nullptr);
         setManaged(false);
         QVERIFY(Account::AccountFactory::canAdd(TWL::Cloud::S3Compatible));
-    }
-
-    void managedEditionWithOneAccountChoosesItAlone()
-    {
-        // A first start of the service holds its own local storage, made on disk.
-        QCOMPARE(model()->rowCount(), 1);
-        QCOMPARE(model()->index(0, 0).data().toString(), QStringLiteral("Local storage"));
-        QVERIFY(QFileInfo(model()->index(0, 2).data().toString()).isDir());
-        PagesWizard standalone;
-        QVERIFY(!standalone.cloud->isSingle());
-
-        // A managed installation that allows no folders of the user's own, with its one account.
-        setManaged(true);
-        TestEnvironment::writeFile(m_env->rebrandingFile(), "AllowFileSystemAccount=false\n");
-        PagesWizard managed;
-        QVERIFY(managed.cloud->isSingle());
-        auto list = static_cast<Storages::EditList*>(managed.cloud->list());
-        QVERIFY(list->isReadOnly());
-        TWB::Info::Plan::BackupFile plan;
-        QVERIFY(managed.cloud->fromPlan(&plan));
-        QCOMPARE(managed.field(QStringLiteral("Field_CloudId")).toString(), model()->index(0, 1).data().toString());
-        QVERIFY(managed.cloud->isComplete());
-
-        // Where folders are allowed the user has a choice to make, even with one account.
-        QVERIFY(QFile::remove(m_env->rebrandingFile()));
-        PagesWizard folders;
-        QVERIFY(!folders.cloud->isSingle());
-        QVERIFY(folders.cloud->fromPlan(&plan));
-        QVERIFY(!folders.cloud->isComplete());
-        setManaged(false);
     }
 
     void localFolderIsCheckedAddedEditedAndRemoved()

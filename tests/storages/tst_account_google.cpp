@@ -1,4 +1,4 @@
-#include "peers/modal_driver.h"
+#include "support/modal_driver.h"
 #include "peers/storage_console.h"
 #include "platform/crypt/local_password.h"
 #include "storages/account_factory.h"
@@ -96,12 +96,6 @@ private:
         });
         form->authenticationBox()->setCurrentIndex(Form::InstalledApplicationMode);
         return driver.ran() ? code : QString();
-    }
-
-    static bool pressList(Form* form)
-    {
-        QTest::mousePress(form->bucketBox(), Qt::LeftButton);
-        return QTest::qWaitFor([form] { return form->isListLoaded() || !form->messageText().isEmpty(); }, listWait);
     }
 
     QJsonObject savedDocument(Form* form, const QString& name)

@@ -1,4 +1,4 @@
-#include "peers/modal_driver.h"
+#include "support/modal_driver.h"
 #include "peers/storage_console.h"
 #include "peers/round_trip.h"
 #include "platform/cloud/get_prefix_operation.h"

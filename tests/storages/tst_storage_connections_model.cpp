@@ -1,3 +1,6 @@
+#include "storages/storage_connections_cloud_model.h"
+#include "storages/storage_connections_filter_model.h"
+#include "storages/storage_connections_local_model.h"
 #include "storages/storage_connections_model.h"
 #include "storages/storage_connections_sort_model.h"
 #include "platform/communication/connection_manager.h"
@@ -17,6 +20,7 @@
 #include <QTimer>
 #include <QtTest>
 
+#include <functional>
 #include <memory>
 
 using namespace TWB::GUI;
@@ -35,6 +39,7 @@ namespace NotificationType = TWB::Common::Communication::Notification::Type;
 namespace {
 
 using Tester = QAbstractItemModelTester;
+using ProxyMaker = std::function<QSortFilterProxyModel*()>;
 
 int rowOf(const QAbstractItemModel& model, const QUuid& id)
 {
@@ -70,7 +75,10 @@ QImage pixels(const QIcon& icon)
 
 } // namespace
 
-/// The storage list against a scripted service: loading, refreshing, removing and following notifications.
+Q_DECLARE_METATYPE(ProxyMaker)
+
+/// The storage list against a scripted service: loading, refreshing, removing and following notifications,
+/// and its four views: by type, clouds only, folders only, and sorted for the account pages.
 class TestStorageConnectionsModel : public QObject
 {
     Q_OBJECT
@@ -82,6 +90,12 @@ private:
 
     /// A model holding the service's present accounts. The tester is attached once the first load is in: a
     /// full load announces new rows only after their data, which the tester rightly reads as a breach.
+    static bool load(StorageConnectionsModel& model)
+    {
+        QSignalSpy complite(&model, &BaseModel::complite);
+        return model.init() && complite.wait();
+    }
+
     std::unique_ptr<StorageConnectionsModel> loadedModel()
     {
         auto model = std::make_unique<StorageConnectionsModel>();
@@ -95,11 +109,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_env = std::make_unique<TestEnvironment>();
-        QVERIFY(m_service.listen(m_env->socketPath()));
-        QVERIFY(ConnectionManager::instance());
-        TestEnvironment::speedUpChannel();
-        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
-        QVERIFY(m_service.waitForClient());
+        QVERIFY(m_service.serveConsole(m_env->socketPath()));
     }
 
     void init()
@@ -181,25 +191,6 @@ private Q_SLOTS:
                 "changed 0 0-9", "changed 2 0-9", "changed 3 0-9", "inserted 2-3", "removed 1-1", "complite"}));
         QCOMPARE(names(*model), (QStringList {"Kept, renamed", "First new", "Second new"}));
         QCOMPARE(rowOf(*model, first), 1);
-    }
-
-    void emptyFullLoadRemovesEveryRowOneByOne()
-    {
-        m_rows->add(QStringLiteral("One"), 1);
-        m_rows->add(QStringLiteral("Two"), 2);
-        m_rows->add(QStringLiteral("Three"), 3);
-        auto model = loadedModel();
-        QVERIFY(model);
-        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
-        m_rows->rows.clear();
-        QSignalSpy removed(model.get(), &QAbstractItemModel::rowsRemoved);
-        QSignalSpy complite(model.get(), &BaseModel::complite);
-        m_rows->notify(NotificationType::StorageListChanged);
-        QVERIFY(complite.wait());
-        QCOMPARE(removed.count(), 3);
-        for (const QList<QVariant>& args : qAsConst(removed))
-            QCOMPARE(args.at(1).toInt(), args.at(2).toInt());
-        QCOMPARE(model->rowCount(), 0);
     }
 
     void failedLoadKeepsTheRows_data()
@@ -352,27 +343,6 @@ private Q_SLOTS:
         model->editStorage(QUuid::createUuid());
         QVERIFY(complite.wait());
         QCOMPARE(names(*model), QStringList {"Late"});
-    }
-
-    void removeNotificationDropsTheRow()
-    {
-        m_rows->add(QStringLiteral("First"), 1);
-        const QUuid id = m_rows->add(QStringLiteral("Middle"), 2);
-        m_rows->add(QStringLiteral("Last"), 3);
-        auto model = loadedModel();
-        QVERIFY(model);
-        Tester tester(model.get(), Tester::FailureReportingMode::QtTest);
-        QStringList seen;
-        recordSignals(*model, seen);
-        QSignalSpy updated(model.get(), &BaseModel::updated);
-        QSignalSpy complite(model.get(), &BaseModel::complite);
-        m_rows->notify(NotificationType::StorageRemoved, id);
-        QVERIFY(complite.wait());
-        QCOMPARE(updated.count(), 1);
-        QCOMPARE(seen, (QStringList {"removed 1-1", "complite"}));
-        QCOMPARE(names(*model), (QStringList {"First", "Last"}));
-        // Only the service was heard from: nothing was asked of it.
-        QCOMPARE(m_service.requests().size(), 1);
     }
 
     void removingAnUnknownAccountIsAnError()
@@ -552,6 +522,165 @@ private Q_SLOTS:
             pixels(IconManager::storage(IconManager::FileSystem, IconManager::Small)));
         QFile::remove(m_env->configFile());
         qunsetenv("TWB_SHARE_DIR");
+    }
+
+    void filtersSplitTheAccountsByType()
+    {
+        m_rows->add(QStringLiteral("Home folder"), 1);
+        m_rows->add(QStringLiteral("Bucket"), 2);
+        m_rows->add(QStringLiteral("Blob"), 3);
+        m_rows->add(QStringLiteral("USB disk"), 1);
+        m_rows->add(QStringLiteral("Server"), 33);
+        StorageConnectionsModel model;
+        StorageConnectionsFilterModel azure(3);
+        StorageConnectionsLocalModel local;
+        StorageConnectionsCloudModel cloud;
+        for (QSortFilterProxyModel* proxy : {static_cast<QSortFilterProxyModel*>(&azure),
+                 static_cast<QSortFilterProxyModel*>(&local), static_cast<QSortFilterProxyModel*>(&cloud)}) {
+            proxy->setSourceModel(&model);
+            QVERIFY(proxy->dynamicSortFilter());
+            QCOMPARE(proxy->filterKeyColumn(), 5);
+        }
+        Tester azureTester(&azure, Tester::FailureReportingMode::QtTest);
+        Tester localTester(&local, Tester::FailureReportingMode::QtTest);
+        Tester cloudTester(&cloud, Tester::FailureReportingMode::QtTest);
+        QVERIFY(load(model));
+
+        QCOMPARE(names(azure), QStringList {"Blob"});
+        QCOMPARE(names(local), (QStringList {"Home folder", "USB disk"}));
+        QCOMPARE(names(cloud), (QStringList {"Bucket", "Blob", "Server"}));
+
+        // Accounts that come and go by notification reach the right views.
+        const QUuid added = m_rows->add(QStringLiteral("Second blob"), 3);
+        m_rows->notify(NotificationType::StorageAdded, added);
+        QTRY_COMPARE(names(azure), (QStringList {"Blob", "Second blob"}));
+        QCOMPARE(names(cloud), (QStringList {"Bucket", "Blob", "Server", "Second blob"}));
+        QCOMPARE(local.rowCount(), 2);
+
+        const QUuid usb = QUuid(m_rows->rows.at(3).value(QStringLiteral("ID")).toString());
+        m_rows->notify(NotificationType::StorageRemoved, usb);
+        QTRY_COMPARE(names(local), QStringList {"Home folder"});
+        QCOMPARE(cloud.rowCount(), 4);
+
+        // An account whose type changes moves between the views at once.
+        QJsonObject& bucket = m_rows->rows[1];
+        bucket.insert(QStringLiteral("Type"), 3);
+        m_rows->notify(NotificationType::StorageUpdated, QUuid(bucket.value(QStringLiteral("ID")).toString()));
+        QTRY_COMPARE(names(azure), (QStringList {"Bucket", "Blob", "Second blob"}));
+        QCOMPARE(cloud.rowCount(), 4);
+
+        // Removing through a proxy asks the service for the account behind the proxy's row.
+        QVERIFY(local.removeRows(0, 1));
+        QTRY_COMPARE(m_service.requests(QStringLiteral("StorageDeleteFileSystem")).size(), 1);
+        QCOMPARE(m_service.requests(QStringLiteral("StorageDeleteFileSystem"))
+                     .first()
+                     .params.value(QStringLiteral("ID"))
+                     .toString(),
+            m_rows->rows.at(0).value(QStringLiteral("ID")).toString());
+    }
+
+    void proxyMadeBeforeTheFirstLoadShowsOnlyItsRows_data()
+    {
+        QTest::addColumn<ProxyMaker>("make");
+        QTest::addColumn<QStringList>("shown");
+        QTest::addColumn<QStringList>("shownAfterReload");
+        QTest::newRow("by type") << ProxyMaker([] { return new StorageConnectionsFilterModel(2); })
+                                 << QStringList {"Bucket"} << QStringList {"Bucket", "Another bucket"};
+        QTest::newRow("local") << ProxyMaker([] { return new StorageConnectionsLocalModel; }) << QStringList {"Folder"}
+                               << QStringList {"Folder"};
+        QTest::newRow("cloud") << ProxyMaker([] { return new StorageConnectionsCloudModel; })
+                               << QStringList {"Bucket", "Server"}
+                               << QStringList {"Bucket", "Server", "Another bucket"};
+        QTest::newRow("sort, never sorted")
+            << ProxyMaker([] { return new StorageConnectionsSortModel; }) << QStringList {"Bucket", "Folder", "Server"}
+            << QStringList {"Bucket", "Folder", "Server", "Another bucket"};
+    }
+
+    void proxyMadeBeforeTheFirstLoadShowsOnlyItsRows()
+    {
+        QFETCH(ProxyMaker, make);
+        QFETCH(QStringList, shown);
+        QFETCH(QStringList, shownAfterReload);
+        m_rows->add(QStringLiteral("Bucket"), 2);
+        m_rows->add(QStringLiteral("Folder"), 1);
+        m_rows->add(QStringLiteral("Server"), 33);
+        StorageConnectionsModel model;
+        const std::unique_ptr<QSortFilterProxyModel> proxy(make());
+        proxy->setSourceModel(&model);
+        // Nothing looks at the proxy until the list is in, as with a page built before the load and shown after
+        // it. A tester would look at once, so it comes after the load.
+        QVERIFY(load(model));
+        Tester tester(proxy.get(), Tester::FailureReportingMode::QtTest);
+        QCOMPARE(names(*proxy), shown);
+
+        // A later full load that brings an account, with the proxy in use.
+        m_rows->add(QStringLiteral("Another bucket"), 2);
+        m_rows->notify(NotificationType::StorageListChanged);
+        QTRY_COMPARE(model.rowCount(), 4);
+        QCOMPARE(names(*proxy), shownAfterReload);
+    }
+
+    void sortPutsCloudsFirstThenFoldersEachByName_data()
+    {
+        QTest::addColumn<int>("column");
+        QTest::addColumn<Qt::CaseSensitivity>("caseSensitivity");
+        QTest::newRow("by name, as the account pages sort") << 0 << Qt::CaseInsensitive;
+        QTest::newRow("by name, case-sensitive") << 0 << Qt::CaseSensitive;
+        QTest::newRow("by type") << 5 << Qt::CaseInsensitive;
+    }
+
+    void sortPutsCloudsFirstThenFoldersEachByName()
+    {
+        QFETCH(int, column);
+        QFETCH(Qt::CaseSensitivity, caseSensitivity);
+        m_rows->add(QStringLiteral("aardvark files"), 1);
+        m_rows->add(QStringLiteral("zebra bucket"), 2);
+        m_rows->add(QStringLiteral("Backups"), 1);
+        m_rows->add(QStringLiteral("alpha blob"), 3);
+        m_rows->add(QStringLiteral("Beta sftp"), 33);
+        StorageConnectionsModel model;
+        StorageConnectionsSortModel sorted;
+        sorted.setSourceModel(&model);
+        Tester tester(&sorted, Tester::FailureReportingMode::QtTest);
+        sorted.setSortCaseSensitivity(caseSensitivity);
+        sorted.sort(column, Qt::AscendingOrder);
+        QVERIFY(load(model));
+        const QStringList expected {"alpha blob", "Beta sftp", "zebra bucket", "aardvark files", "Backups"};
+        QCOMPARE(names(sorted), expected);
+
+        // A new account finds its place, and a renamed one moves.
+        const QUuid added = m_rows->add(QStringLiteral("Archive"), 7);
+        m_rows->notify(NotificationType::StorageAdded, added);
+        QTRY_COMPARE(sorted.rowCount(), 6);
+        QCOMPARE(names(sorted),
+            (QStringList {"alpha blob", "Archive", "Beta sftp", "zebra bucket", "aardvark files", "Backups"}));
+        m_rows->rename(added, QStringLiteral("Zulu archive"));
+        m_rows->notify(NotificationType::StorageUpdated, added);
+        QTRY_COMPARE(names(sorted),
+            (QStringList {"alpha blob", "Beta sftp", "zebra bucket", "Zulu archive", "aardvark files", "Backups"}));
+    }
+
+    void namesThatDifferInCaseOnlyKeepTheirOrder_data()
+    {
+        QTest::addColumn<QStringList>("served");
+        QTest::newRow("lower first") << QStringList {"offsite", "OFFSITE", "Offsite"};
+        QTest::newRow("upper first") << QStringList {"OFFSITE", "offsite", "Offsite"};
+    }
+
+    void namesThatDifferInCaseOnlyKeepTheirOrder()
+    {
+        QFETCH(QStringList, served);
+        for (const QString& name : qAsConst(served))
+            m_rows->add(name, 2);
+        m_rows->add(QStringLiteral("a folder"), 1);
+        StorageConnectionsModel model;
+        StorageConnectionsSortModel sorted;
+        sorted.setSourceModel(&model);
+        Tester tester(&sorted, Tester::FailureReportingMode::QtTest);
+        sorted.sort(0);
+        QVERIFY(load(model));
+        // Equal names are left in the service's order; a folder stays last whatever its name.
+        QCOMPARE(names(sorted), served + QStringList {"a folder"});
     }
 
     // Runs last: the channel's singletons do not come back once the application has quit.

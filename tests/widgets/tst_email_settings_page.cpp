@@ -93,20 +93,6 @@ private Q_SLOTS:
         QCOMPARE(m_sink.messages().first().to, QStringList {QStringLiteral("<ann@example.org>")});
         QCOMPARE(m_sink.messages().first().subject, QStringLiteral("Tidewrack Backup test email"));
     }
-
-    void pagePicture()
-    {
-        SettingSimpleDialog dialog;
-        auto* page = new Settings::EmailSettingsPage(&dialog);
-        QSignalSpy loaded(page, &Settings::EmailSettingsPage::loaded);
-        dialog.setWidget(page);
-        page->loadSettings();
-        QVERIFY(loaded.wait());
-        dialog.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
-        QCOMPARE(dialog.windowTitle(), QStringLiteral("Notifications"));
-        QVERIFY(dialog.grab().save(TestEnvironment::outputDir() + QStringLiteral("/email_settings_page.png")));
-    }
 };
 
 QTEST_MAIN(TestEmailSettingsPage)

@@ -1,19 +1,18 @@
 #include "support/test_environment.h"
-#include "widgets/attention_frame.h"
 #include "widgets/check_box.h"
 #include "widgets/clouds_image_widget_standalone.h"
 #include "widgets/edit_list_widget.h"
 #include "widgets/elided_label.h"
 #include "widgets/email_validator.h"
+#include "widgets/icon_manager.h"
+#include "widgets/image_manager.h"
 #include "widgets/label_button.h"
 #include "widgets/path_line_widget.h"
 #include "widgets/prefix_validator.h"
 #include "widgets/process_dialog.h"
 #include "widgets/progress_wheel.h"
 #include "widgets/radio_button.h"
-#include "widgets/section_line.h"
 #include "widgets/text_edit_input_limit.h"
-#include "widgets/warning_frame.h"
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
@@ -22,6 +21,7 @@
 #include <QFileIconProvider>
 #include <QFormLayout>
 #include <QLineEdit>
+#include <QMetaEnum>
 #include <QListView>
 #include <QSignalSpy>
 #include <QStringListModel>
@@ -71,8 +71,31 @@ public:
     }
 };
 
+/// Whether anything solid was drawn: a missing or broken resource renders fully transparent.
+bool hasInk(const QImage& image)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (qAlpha(image.pixel(x, y)) == 255)
+                return true;
+        }
+    }
+    return false;
+}
+
+QList<int> enumValues(const char* name)
+{
+    const QMetaObject& meta = IconManager::staticMetaObject;
+    const QMetaEnum type = meta.enumerator(meta.indexOfEnumerator(name));
+    QList<int> values;
+    for (int i = 0; i < type.keyCount(); ++i)
+        values.append(type.value(i));
+    return values;
+}
+
 } // namespace
 
+/// The small widgets, and the icons and images they and the views draw.
 class TestSmallWidgets : public QObject
 {
     Q_OBJECT
@@ -307,30 +330,6 @@ private Q_SLOTS:
         QCOMPARE(wheel.size(), QSize(16, 16));
     }
 
-    void framesShowTheirTexts()
-    {
-        AttentionFrame attention;
-        QSignalSpy changed(&attention, &AttentionFrame::textChanged);
-        attention.setMessage(QStringLiteral("The password and confirmation password do not match"));
-        QCOMPARE(changed.count(), 1);
-        QVERIFY(attention.text().contains(QStringLiteral("ATTENTION: </font>The password")));
-        attention.resize(420, attention.sizeHint().height());
-        savePicture(attention, QStringLiteral("attention_frame"));
-
-        WarningFrame warning(QStringLiteral("The storage holds backups of another computer. Restoring them here may "
-                                            "overwrite files."));
-        const auto labels = warning.findChildren<QLabel*>();
-        QVERIFY(!labels.at(0)->pixmap(Qt::ReturnByValue).isNull());
-        QCOMPARE(warning.text(), labels.at(1)->text());
-        warning.resize(360, warning.sizeHint().height());
-        savePicture(warning, QStringLiteral("warning_frame"));
-
-        SectionLine line(QStringLiteral("Notifications"));
-        QVERIFY(line.findChild<QFrame*>(QString(), Qt::FindDirectChildrenOnly));
-        line.resize(300, line.sizeHint().height());
-        savePicture(line, QStringLiteral("section_line"));
-    }
-
     void elidedLabelShortensItsText_data()
     {
         QTest::addColumn<int>("mode");
@@ -519,6 +518,74 @@ private Q_SLOTS:
         // The sky is painted, not left to the window colour.
         QVERIFY(picture.pixelColor(2, 2).blue() > picture.pixelColor(2, 2).red());
         savePicture(plain, QStringLiteral("clouds"));
+    }
+
+    void everyNumberedIconHasBothDensities_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("size");
+        QTest::addColumn<int>("edge");
+        for (const int type : enumValues("Type")) {
+            const QByteArray name = QMetaEnum::fromType<IconManager::Type>().valueToKey(type);
+            QTest::newRow(name + " small") << type << int(IconManager::Small) << 16;
+            QTest::newRow(name + " large") << type << int(IconManager::Large) << 32;
+        }
+    }
+
+    void everyNumberedIconHasBothDensities()
+    {
+        QFETCH(int, type);
+        QFETCH(int, size);
+        QFETCH(int, edge);
+        const QIcon icon = IconManager::icon(type, size);
+        QVERIFY(!icon.isNull());
+        const QList<QSize> sizes = icon.availableSizes();
+        QVERIFY(sizes.contains(QSize(edge, edge)));
+        QVERIFY(sizes.contains(QSize(2 * edge, 2 * edge)));
+        // The pixmap for each density is drawn at that size, not scaled from the other.
+        for (const int pixels : {edge, 2 * edge}) {
+            const QImage image = icon.pixmap(QSize(pixels, pixels)).toImage();
+            QCOMPARE(image.size(), QSize(pixels, pixels));
+            QVERIFY2(hasInk(image), "the icon is empty");
+        }
+    }
+
+    void everyStorageHasAnIcon()
+    {
+        const QList<int> storages = enumValues("Storage");
+        QCOMPARE(storages.size(), 23);
+        for (const int storage : storages) {
+            const QIcon icon = IconManager::storage(storage, IconManager::Large);
+            QVERIFY2(!icon.isNull(), qPrintable(QString::number(storage)));
+            QVERIFY(hasInk(icon.pixmap(32, 32).toImage()));
+        }
+        for (const int unknown : {-1, 10, 11, 23, 26})
+            QVERIFY(IconManager::storage(unknown, IconManager::Small).isNull());
+    }
+
+    void imagesRenderAtTheirLogicalSize_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("logo") << int(ImageManager::Logo) << QSize(64, 64);
+        QTest::newRow("clouds") << int(ImageManager::CloudsBackground) << QSize(400, 240);
+        QTest::newRow("wizard background") << int(ImageManager::WizardBackground) << QSize(170, 620);
+    }
+
+    void imagesRenderAtTheirLogicalSize()
+    {
+        QFETCH(int, type);
+        QFETCH(QSize, size);
+        QCOMPARE(ImageManager::imageSize(type), size);
+        QVERIFY(ImageManager::image(7).isNull());
+        const QPixmap single = ImageManager::image(type, 1.0);
+        QCOMPARE(single.size(), size);
+        QCOMPARE(single.devicePixelRatio(), 1.0);
+        const QPixmap twice = ImageManager::image(type, 2.0);
+        QCOMPARE(twice.size(), size * 2);
+        QCOMPARE(twice.devicePixelRatio(), 2.0);
+        QVERIFY(hasInk(twice.toImage()));
+        QCOMPARE(ImageManager::image(type).size() / ImageManager::image(type).devicePixelRatio(), size);
     }
 };
 

@@ -88,44 +88,4 @@ bool CloudTestSupport::rcloneCopy(const QMap<QString, QString>& remote, const QS
     return true;
 }
 
-QMap<qint64, QByteArray> CloudTestSupport::descendants(qint64 ancestor)
-{
-    QMap<qint64, qint64> parents;
-    const QStringList entries = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
-    for (const QString& entry : entries) {
-        bool number = false;
-        const qint64 pid = entry.toLongLong(&number);
-        if (!number)
-            continue;
-        QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
-        if (!stat.open(QIODevice::ReadOnly))
-            continue;
-        const QByteArray line = stat.readAll();
-        // The command name in brackets may hold blanks: the fields that follow start after the last ")".
-        const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
-        if (fields.size() > 1)
-            parents.insert(pid, fields.at(1).toLongLong());
-    }
-    QMap<qint64, QByteArray> found;
-    for (auto it = parents.constBegin(); it != parents.constEnd(); ++it) {
-        qint64 up = it.value();
-        for (int depth = 0; depth < 16 && up > 1; ++depth) {
-            if (up == ancestor) {
-                QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(it.key()));
-                if (cmdline.open(QIODevice::ReadOnly))
-                    found.insert(it.key(), cmdline.readAll());
-                break;
-            }
-            up = parents.value(up, 0);
-        }
-    }
-    return found;
-}
-
-QByteArray CloudTestSupport::environmentOf(qint64 pid)
-{
-    QFile environ(QStringLiteral("/proc/%1/environ").arg(pid));
-    return environ.open(QIODevice::ReadOnly) ? environ.readAll() : QByteArray();
-}
-
 } // namespace TWB::Test

@@ -32,10 +32,6 @@ public:
     static QStringList names(const QSharedPointer<TWL::Cloud::IOperation>& operation);
     /// The container names a container listing found; empty for any other operation.
     static QStringList containerNames(const QSharedPointer<TWL::Cloud::IOperation>& operation);
-    /// Process ids of the processes below `ancestor`, with their command lines ("\0" between arguments).
-    static QMap<qint64, QByteArray> descendants(qint64 ancestor);
-    /// The environment of a process, as /proc shows it.
-    static QByteArray environmentOf(qint64 pid);
 };
 
 } // namespace TWB::Test

@@ -8,6 +8,7 @@
 #include "platform/cloud/listing_object.h"
 #include "platform/cloud/operation_manager.h"
 #include "support/cloud_peers.h"
+#include "support/process_tree.h"
 #include "support/log_capture.h"
 #include "support/test_environment.h"
 
@@ -320,7 +321,7 @@ private Q_SLOTS:
         bool sawListing = false;
         // Polled with no pause: each rclone lives for a fraction of a second.
         while (finished.isEmpty()) {
-            const QMap<qint64, QByteArray> now = CloudTestSupport::descendants(QCoreApplication::applicationPid());
+            const QMap<qint64, QByteArray> now = TWB::Test::descendants(QCoreApplication::applicationPid());
             for (const QByteArray& command : now) {
                 // The peer itself was given the password to check.
                 if (command.contains("serve"))

@@ -11,6 +11,7 @@
 #include "platform/cloud/operation_manager.h"
 #include "platform/cloud/twb2twl.h"
 #include "support/cloud_peers.h"
+#include "support/process_tree.h"
 #include "support/log_capture.h"
 #include "support/test_environment.h"
 
@@ -280,10 +281,10 @@ private Q_SLOTS:
         QByteArray environment;
         // Polled with no pause, since rclone lives for a fraction of a second.
         while (finished.isEmpty()) {
-            const QMap<qint64, QByteArray> now = CloudTestSupport::descendants(QCoreApplication::applicationPid());
+            const QMap<qint64, QByteArray> now = TWB::Test::descendants(QCoreApplication::applicationPid());
             for (auto it = now.constBegin(); it != now.constEnd(); ++it) {
                 if (it.value().contains("lsjson") && environment.isEmpty())
-                    environment = CloudTestSupport::environmentOf(it.key());
+                    environment = TWB::Test::environmentOf(it.key());
                 // A process that has ended and waits to be reaped shows no command line.
                 if (!it.value().isEmpty())
                     seen.insert(it.key(), it.value());

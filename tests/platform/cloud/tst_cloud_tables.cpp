@@ -151,17 +151,6 @@ private Q_SLOTS:
         }
     }
 
-    void endpointHelpersSplitTheScheme()
-    {
-        QCOMPARE(EndpointHelper::toEndpoint(QStringLiteral("https://a.b:1/")), QStringLiteral("a.b:1"));
-        QCOMPARE(
-            EndpointHelper::toEndpointWithScheme(QStringLiteral("https://a.b"), false), QStringLiteral("http://a.b"));
-        QCOMPARE(EndpointHelper::toPair(QStringLiteral("http://a.b/")),
-            qMakePair(QStringLiteral("a.b"), QStringLiteral("http")));
-        QCOMPARE(EndpointHelper::toPair(QStringLiteral("a.b")), qMakePair(QStringLiteral("a.b"), QString()));
-        QCOMPARE(TWL::Utility::StringFilters::prefixFilter(QStringLiteral("..my pc/é:1")), QStringLiteral("mypcé1"));
-    }
-
     void configurationsOfNoKnownTypeMakeNoOperation()
     {
         const QPointer<OperationManager> manager = OperationManager::instance();

@@ -1,6 +1,7 @@
 #include "engine_test_support.h"
 #include "raw_client.h"
 #include "service_fixture.h"
+#include "support/process_tree.h"
 
 #include "platform/communication/notification_types.h"
 #include "platform/plan/backup_file.h"
@@ -195,7 +196,7 @@ private Q_SLOTS:
         QCOMPARE(stopped.status, 9);
         QCOMPARE(stopped.message, QStringLiteral("Stopped by the user"));
         QCOMPARE(stopped.row.value(QStringLiteral("Status")).toInt(), 2);
-        QTRY_VERIFY(EngineTestSupport::descendants(m_service->process().pid()).isEmpty());
+        QTRY_VERIFY(TWB::Test::descendants(m_service->process().pid()).isEmpty());
 
         // The repository is whole: it checks, holds no snapshot, and takes the next backup.
         int exitCode = -1;
@@ -296,7 +297,7 @@ private Q_SLOTS:
         QVERIFY(EngineTestSupport::save(*m_client, *plan));
         slowDown(true);
         QVERIFY(startAndWaitForProgress(plan->id()));
-        const QMap<qint64, QByteArray> engine = EngineTestSupport::descendants(m_service->process().pid());
+        const QMap<qint64, QByteArray> engine = TWB::Test::descendants(m_service->process().pid());
         QVERIFY(!engine.isEmpty());
         // Lists and key files lie in folders only the service's user enters.
         const QString runRoot = m_service->dataDir() + QStringLiteral("/run");
@@ -350,7 +351,7 @@ private Q_SLOTS:
         slowDown(true);
         QVERIFY(startAndWaitForProgress(plan->id()));
         const qint64 service = m_service->process().pid();
-        const QMap<qint64, QByteArray> engine = EngineTestSupport::descendants(service);
+        const QMap<qint64, QByteArray> engine = TWB::Test::descendants(service);
         QVERIFY(!engine.isEmpty());
 
         // A service asked to stop ends its runs and writes them down before it goes.
@@ -593,7 +594,7 @@ private Q_SLOTS:
             },
             60000));
         if (kill) {
-            const QMap<qint64, QByteArray> engine = EngineTestSupport::descendants(m_service->process().pid());
+            const QMap<qint64, QByteArray> engine = TWB::Test::descendants(m_service->process().pid());
             m_service->process().kill();
             for (auto it = engine.constBegin(); it != engine.constEnd(); ++it)
                 QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(QStringLiteral("/proc/%1").arg(it.key())), 15000);

@@ -1,6 +1,7 @@
 #include "engine_test_support.h"
 #include "raw_client.h"
 #include "service_fixture.h"
+#include "support/process_tree.h"
 #include "support/cloud_peers.h"
 
 #include "platform/communication/notification_types.h"
@@ -101,7 +102,7 @@ private Q_SLOTS:
         const qint64 service = m_service->process().pid();
         const bool ended = QTest::qWaitFor(
             [&] {
-                const QMap<qint64, QByteArray> now = EngineTestSupport::descendants(service);
+                const QMap<qint64, QByteArray> now = TWB::Test::descendants(service);
                 for (auto it = now.constBegin(); it != now.constEnd(); ++it) {
                     seen.insert(it.key(), it.value());
                     if (it.value().startsWith(

@@ -76,9 +76,6 @@ public:
 
     /// Sets or clears (empty value) an option in the service's options.ini.
     static void setOption(const QString& dataDir, const QString& key, const QString& value);
-
-    /// Process ids of the processes below `ancestor`, with their command lines.
-    static QMap<qint64, QByteArray> descendants(qint64 ancestor);
 };
 
 } // namespace TWB::Test
