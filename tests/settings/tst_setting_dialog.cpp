@@ -71,7 +71,7 @@ private Q_SLOTS:
         const QList<QStringList> rows = {{"MultiThread threads count", "12", "101"},
             {"DefaultChunkSize", "16777216", big}, {"MultiThread memory usage", "524288000", "1024"},
             {"Glacier queue size", "500", "99"}, {"Logs Rotate TimeOut", "7", "-1"},
-            {"LogPath", "/var/tmp/logs", "logs"}, {"Cloud Bandwidth", "250", "0"},
+            {"LogPath", m_service->environment().root() + "/logs", "logs"}, {"Cloud Bandwidth", "250", "0"},
             {"Local Bandwidth", "999999", "1000000"}, {"RetryAttempts", "5", "0"},
             {"RetryInterval", "3000", "2147483648"}, {"IgnoreSSL", "true", "yes"}, {"WebAccessEnabled", "false", "1"},
             {"WebAccessUseHttps", "true", "on"}, {"WebAccessPort", "8080", "65536"},

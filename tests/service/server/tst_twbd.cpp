@@ -11,6 +11,7 @@
 #include <QJsonObject>
 #include <QLocalSocket>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -51,6 +52,37 @@ QByteArray exchangeRaw(const QString& socketPath, const QByteArray& line, int ti
     return received;
 }
 
+// Sends "SetProductOptions" through the console's channel; the service's refusal, or "" on success.
+QString setOptions(const QJsonObject& options)
+{
+    TestCaller caller;
+    QSignalSpy succeeded(&caller, &TestCaller::succeeded);
+    QSignalSpy failed(&caller, &TestCaller::failed);
+    if (!caller.send(QStringLiteral("SetProductOptions"), {{QStringLiteral("options"), options}}))
+        return QStringLiteral("not sent");
+    if (!QTest::qWaitFor([&] { return !succeeded.isEmpty() || !failed.isEmpty(); }, 10000))
+        return QStringLiteral("no answer");
+    return failed.isEmpty() ? QString() : failed.first().first().toString();
+}
+
+// A refused value is logged with the value: a line that shows where the log goes now.
+void logMarker(const QString& marker)
+{
+    QVERIFY(!setOptions({{QStringLiteral("ProxyHost"), marker}}).isEmpty());
+}
+
+// A log file of the service whose last change was `days` ago, named after that day.
+QString oldLog(const QString& folder, const QString& name, int days)
+{
+    const QDateTime when = QDateTime::currentDateTime().addDays(-days);
+    const QString path = folder + QLatin1Char('/') + name.arg(when.date().toString(Qt::ISODate));
+    TestEnvironment::writeFile(path, "an old day\n");
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite) || !file.setFileTime(when, QFileDevice::FileModificationTime))
+        return {};
+    return path;
+}
+
 } // namespace
 
 class TestTwbd : public QObject
@@ -61,11 +93,7 @@ private:
     std::unique_ptr<TestEnvironment> m_env;
     std::unique_ptr<ServiceProcess> m_service;
 
-    QString logText() const
-    {
-        QFile log(m_env->dataDir() + QStringLiteral("/log/twbd.log"));
-        return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
-    }
+    QString logText() const { return ServiceProcess::logText(m_env->dataDir() + QStringLiteral("/log")); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -164,6 +192,85 @@ private Q_SLOTS:
         QVERIFY(WIFEXITED(status));
         QCOMPARE(WEXITSTATUS(status), 0);
         QTRY_VERIFY(logText().contains(QStringLiteral("Refused a console of uid 65534")));
+    }
+
+    void logFollowsTheLogPathOption()
+    {
+        const QString folder = m_env->root() + QStringLiteral("/chosen/logs");
+        const QString defaultFolder = m_env->dataDir() + QStringLiteral("/log");
+        auto putBack = qScopeGuard([] { setOptions({{QStringLiteral("LogPath"), QString()}}); });
+        QCOMPARE(setOptions({{QStringLiteral("LogPath"), folder}}), QString());
+        logMarker(QStringLiteral("first_marker"));
+        QVERIFY(ServiceProcess::logText(folder).contains(QStringLiteral("first_marker")));
+        QVERIFY(!ServiceProcess::logText(defaultFolder).contains(QStringLiteral("first_marker")));
+
+        // A folder it cannot make is refused, the option keeps its value and the log its place.
+        const QString aFile = m_env->root() + QStringLiteral("/a-file");
+        TestEnvironment::writeFile(aFile, "not a folder\n");
+        const QString underAFile = aFile + QStringLiteral("/logs");
+        QCOMPARE(setOptions({{QStringLiteral("LogPath"), underAFile}}),
+            QStringLiteral("Option \"LogPath\" cannot be \"%1\": Cannot create the folder %1").arg(underAFile));
+        logMarker(QStringLiteral("refusal_marker"));
+        QVERIFY(ServiceProcess::logText(folder).contains(QStringLiteral("refusal_marker")));
+
+        // Kept over a restart, and back to the data folder once cleared.
+        QVERIFY(m_service->terminate());
+        QVERIFY2(m_service->start(), qPrintable(m_service->output()));
+        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
+        QVERIFY(ServiceProcess::logText(folder).contains(QStringLiteral("listens on")));
+        putBack.dismiss();
+        QCOMPARE(setOptions({{QStringLiteral("LogPath"), QString()}}), QString());
+        logMarker(QStringLiteral("home_marker"));
+        QVERIFY(ServiceProcess::logText(defaultFolder).contains(QStringLiteral("home_marker")));
+        QVERIFY(!ServiceProcess::logText(folder).contains(QStringLiteral("home_marker")));
+    }
+
+    void oldLogsAreRemovedAfterTheRotateDays_data()
+    {
+        QTest::addColumn<QString>("days");
+        QTest::addColumn<bool>("restart");
+        QTest::addColumn<bool>("oldRemoved");
+        QTest::newRow("2 days, at start") << QStringLiteral("2") << true << true;
+        QTest::newRow("2 days, when set") << QStringLiteral("2") << false << true;
+        QTest::newRow("0 keeps all") << QStringLiteral("0") << true << false;
+    }
+
+    void oldLogsAreRemovedAfterTheRotateDays()
+    {
+        QFETCH(QString, days);
+        QFETCH(bool, restart);
+        QFETCH(bool, oldRemoved);
+        const QString folder = m_env->dataDir() + QStringLiteral("/log");
+        auto putBack = qScopeGuard([] { setOptions({{QStringLiteral("Logs Rotate TimeOut"), QString()}}); });
+        if (restart)
+            QCOMPARE(setOptions({{QStringLiteral("Logs Rotate TimeOut"), days}}), QString());
+        const QString old = oldLog(folder, QStringLiteral("twbd-%1.log"), 5);
+        const QString young = oldLog(folder, QStringLiteral("twbd-%1.log"), 1);
+        const QString undated = oldLog(folder, QStringLiteral("twbd.log"), 5);
+        // Not the service's own: the console's log and a stranger's.
+        const QString console = oldLog(folder, QStringLiteral("twbgui-%1.log"), 5);
+        const QString stranger = oldLog(folder, QStringLiteral("twbd-notes-%1.log"), 5);
+        for (const QString& path : {old, young, undated, console, stranger})
+            QVERIFY(!path.isEmpty());
+        if (restart) {
+            QVERIFY(m_service->terminate());
+            QVERIFY2(m_service->start(), qPrintable(m_service->output()));
+        } else {
+            QCOMPARE(setOptions({{QStringLiteral("Logs Rotate TimeOut"), days}}), QString());
+        }
+        if (oldRemoved) {
+            QTRY_VERIFY(!QFile::exists(old));
+            QTRY_VERIFY(!QFile::exists(undated));
+        }
+        QVERIFY(logText().contains(QStringLiteral("listens on")));
+        for (const QString& path : {young, console, stranger})
+            QVERIFY2(QFile::exists(path), qPrintable(path));
+        if (!oldRemoved) {
+            QVERIFY(QFile::exists(old));
+            QVERIFY(QFile::exists(undated));
+        }
+        for (const QString& path : {old, young, undated, console, stranger})
+            QFile::remove(path);
     }
 
     void hostSeesTheServiceGoAndComeBack()
