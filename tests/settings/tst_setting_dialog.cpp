@@ -1,5 +1,6 @@
 #include "service_fixture.h"
 
+#include "platform/logging/twl_debug.h"
 #include "platform/settings/default_settings.h"
 #include "settings/advanced.h"
 #include "settings/main_list_widget.h"
@@ -13,6 +14,7 @@
 #include <QListWidget>
 #include <QMimeData>
 #include <QRadioButton>
+#include <QScopeGuard>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QtTest>
@@ -109,6 +111,35 @@ private Q_SLOTS:
         QVERIFY(loaded.wait());
         QCOMPARE(settings->value(key), value);
         QCOMPARE(settings->items().value(key)->value(), value);
+    }
+
+    void consoleLogFollowsTheServiceOptions()
+    {
+        QVERIFY(TWL::TwlDebug::installLogFile(QStringLiteral("twbgui")));
+        auto putBack = qScopeGuard([] {
+            TWL::TwlDebug::removeLogFile();
+            TWL::TwlDebug::setLogDirectory(QString());
+        });
+        const QString folder = m_service->environment().root() + QStringLiteral("/console-logs");
+        const QDateTime fiveDaysAgo = QDateTime::currentDateTime().addDays(-5);
+        const QString old = folder + QStringLiteral("/twbgui-%1.log").arg(fiveDaysAgo.date().toString(Qt::ISODate));
+        TestEnvironment::writeFile(old, "an old day\n");
+        QFile oldFile(old);
+        QVERIFY(oldFile.open(QIODevice::ReadWrite));
+        QVERIFY(oldFile.setFileTime(fiveDaysAgo, QFileDevice::FileModificationTime));
+        oldFile.close();
+
+        const QPointer<TWB::DefaultSettings> settings = TWB::DefaultSettings::instance();
+        settings->followLogOptions();
+        settings->setLogPath(folder);
+        settings->setLogsRotateTimeout(QStringLiteral("2"));
+        QTRY_VERIFY2(TWL::TwlDebug::logFilePath().startsWith(folder + QStringLiteral("/twbgui-")),
+            qPrintable(TWL::TwlDebug::logFilePath()));
+        QTRY_VERIFY(!QFile::exists(old));
+        TWL::TwlDebug("TWB").info() << "console_marker";
+        QFile log(TWL::TwlDebug::logFilePath());
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        QVERIFY(log.readAll().contains("console_marker"));
     }
 
     void missingKeyShowsTheMinimumAndChunksRoundDown()

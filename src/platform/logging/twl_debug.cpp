@@ -322,10 +322,15 @@ bool TwlDebug::setLogDirectory(const QString& folder, QString* error)
     std::unique_ptr<QFile> file = openLog(target, name, today, error);
     if (!file)
         return false;
-    QMutexLocker lock(&s.mutex);
-    s.file.swap(file);
-    s.folder = folder;
-    s.day = today;
+    {
+        QMutexLocker lock(&s.mutex);
+        s.file.swap(file);
+        s.folder = folder;
+        s.day = today;
+    }
+    // The file opened at start, before the options were read, is dropped when nothing went into it.
+    if (file && file->size() == 0)
+        file->remove();
     return true;
 }
 
