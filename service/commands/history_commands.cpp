@@ -170,6 +170,8 @@ void HistoryCommands::listByFiles(const QJsonObject& request, const Responder& r
         entry.insert(QStringLiteral("Size"), double(record.size));
         entry.insert(QStringLiteral("FinishTime"), StoreTime::toText(record.finish));
         entry.insert(QStringLiteral("PlanId"), record.plan.toString());
+        // The run's record of the name outlives the plan, such as a restore run once and removed.
+        entry.insert(QStringLiteral("PlanName"), record.planName);
         if (csv) {
             entry.insert(QStringLiteral("CSVLine"),
                 csvLine({fileOperationName(record.operation), record.planName, record.path,
