@@ -123,11 +123,7 @@ private Q_SLOTS:
         const QString folder = m_service->environment().root() + QStringLiteral("/console-logs");
         const QDateTime fiveDaysAgo = QDateTime::currentDateTime().addDays(-5);
         const QString old = folder + QStringLiteral("/twbgui-%1.log").arg(fiveDaysAgo.date().toString(Qt::ISODate));
-        TestEnvironment::writeFile(old, "an old day\n");
-        QFile oldFile(old);
-        QVERIFY(oldFile.open(QIODevice::ReadWrite));
-        QVERIFY(oldFile.setFileTime(fiveDaysAgo, QFileDevice::FileModificationTime));
-        oldFile.close();
+        TestEnvironment::writeFile(old, "an old day\n", fiveDaysAgo);
 
         const QPointer<TWB::DefaultSettings> settings = TWB::DefaultSettings::instance();
         settings->followLogOptions();
