@@ -4,6 +4,7 @@
 #include "frame/application.h"
 #include "frame/application_event_controller.h"
 #include "platform/logging/twl_debug.h"
+#include "platform/settings/default_settings.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -143,7 +144,9 @@ int main(int argc, char** argv)
         serviceArguments << QStringLiteral("--data-dir") << data;
     }
     TWL::TwlDebug::applyDefaultFilter();
-    TWL::TwlDebug::installLogFile(QStringLiteral("twbgui"));
+    // The console's log goes where the service's does, once the options came from it.
+    if (TWL::TwlDebug::installLogFile(QStringLiteral("twbgui")))
+        TWB::DefaultSettings::instance()->followLogOptions();
 
     ApplicationEventController controller;
     TWB::Host::ServiceLauncher launcher;

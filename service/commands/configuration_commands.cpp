@@ -11,6 +11,7 @@
 #include "service/commands/params.h"
 #include "service/commands/plan_commands.h"
 #include "service/commands/responder.h"
+#include "service/commands/settings_commands.h"
 #include "service/engine/repository_key_store.h"
 #include "service/engine/run_places.h"
 #include "service/store/account_secrets.h"
@@ -318,6 +319,8 @@ QJsonObject ConfigurationCommands::importContent(const QJsonObject& request)
         productOptions.write(oldOptions);
         throw;
     }
+    // A log folder of the other machine that cannot be used here is logged, and the log stays put.
+    SettingsCommands::applyLogOptions(RunPlaces {m_dataDir}.optionsFile());
     for (const QString& folder : qAsConst(movedFolders))
         QDir().mkpath(folder);
 

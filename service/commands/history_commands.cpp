@@ -211,6 +211,7 @@ void HistoryCommands::listByFiles(const QJsonObject& request, const Responder& r
         const qint64 size = rows.value(Column::OperationSize).toLongLong();
         const qint64 duration = rows.value(Column::OperationDuration).toLongLong();
         const int kind = rows.value(Column::OperationKind).toInt();
+        const QByteArray planName = rows.value(Column::OperationPlanName).toString().toUtf8();
         if (!first)
             out.append(',');
         JsonWriter json(out);
@@ -233,10 +234,13 @@ void HistoryCommands::listByFiles(const QJsonObject& request, const Responder& r
         json.utf8(finish);
         json.key("PlanId");
         json.string(QUuid(rows.value(Column::OperationPlan).toString()).toString());
+        // The run's record of the name outlives the plan, such as a restore run once and removed.
+        json.key("PlanName");
+        json.utf8(planName);
         if (csv) {
             CsvLine line;
             line.add(fileOperationName(kind).toUtf8());
-            line.add(rows.value(Column::OperationPlanName).toString().toUtf8());
+            line.add(planName);
             line.add(path);
             line.add(QByteArray::number(size));
             line.add(readableTime(finish));

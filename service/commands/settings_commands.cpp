@@ -4,6 +4,7 @@
 #include "platform/defines/files_operations.h"
 #include "platform/defines/path.h"
 #include "platform/defines/provider_defines.h"
+#include "platform/logging/twl_debug.h"
 #include "service/commands/command_router.h"
 #include "service/commands/params.h"
 #include "service/commands/responder.h"
@@ -41,8 +42,37 @@ void SettingsCommands::setProductOptions(const QJsonObject& params, const Respon
             throw read.fault("options", QStringLiteral("holds \"%1\", which is not a string").arg(it.key().left(80)));
         values.insert(it.key(), it.value().toString());
     }
-    ProductOptions(m_optionsFile).write(values);
+    const ProductOptions store(m_optionsFile);
+    ProductOptions::check(values);
+    // The folder is tried before anything is written, so that one the service cannot log into is refused.
+    const QString logPathKey = QStringLiteral("LogPath");
+    const QString oldPath = store.logPath();
+    const bool movesLog = values.contains(logPathKey) && values.value(logPathKey) != oldPath;
+    if (movesLog) {
+        QString reason;
+        if (!TWL::TwlDebug::setLogDirectory(values.value(logPathKey), &reason))
+            throw QStringLiteral("Option \"LogPath\" cannot be \"%1\": %2").arg(values.value(logPathKey), reason);
+    }
+    try {
+        store.write(values);
+    } catch (const QString&) {
+        if (movesLog)
+            TWL::TwlDebug::setLogDirectory(oldPath);
+        throw;
+    }
+    if (movesLog)
+        TWL::TwlDebug("TWB").infoH() << "The log is now written to" << TWL::TwlDebug::logFilePath();
+    TWL::TwlDebug::setRotateDays(store.logRotateDays());
     respond.success();
+}
+
+void SettingsCommands::applyLogOptions(const QString& optionsFile)
+{
+    const ProductOptions options(optionsFile);
+    QString reason;
+    if (!TWL::TwlDebug::setLogDirectory(options.logPath(), &reason))
+        TWL::TwlDebug("TWB").warning() << reason << "- the log stays in" << TWL::TwlDebug::logFilePath();
+    TWL::TwlDebug::setRotateDays(options.logRotateDays());
 }
 
 void SettingsCommands::getSettings(const QJsonObject&, const Responder& respond)

@@ -9,7 +9,8 @@ class CommandRouter;
 class Responder;
 
 /// "GetSettings": what the licence and managed pages need to know of this installation.
-/// "GetProductOptions", "SetProductOptions": the product's options that runs follow, in `optionsFile`.
+/// "GetProductOptions", "SetProductOptions": the product's options that runs follow, in `optionsFile`;
+/// the log options take effect at once.
 class SettingsCommands final
 {
 public:
@@ -18,6 +19,9 @@ public:
     { }
 
     void registerAt(CommandRouter& router);
+    /// Points the service's log at "LogPath" and its clean-up at "Logs Rotate TimeOut". A folder that
+    /// cannot be used is logged, and the log stays where it was.
+    static void applyLogOptions(const QString& optionsFile);
 
 private:
     static void getSettings(const QJsonObject& params, const Responder& respond);

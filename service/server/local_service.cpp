@@ -73,6 +73,7 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
         QString reason;
         if (!SHARED::cryptNS::ensure_local_key(&reason))
             throw reason;
+        SettingsCommands::applyLogOptions(RunPlaces {dataDir}.optionsFile());
         m_database = std::make_unique<Database>(storeFile(dataDir));
         m_database->open();
 

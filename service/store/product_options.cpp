@@ -3,6 +3,8 @@
 #include <QRegularExpression>
 #include <QSettings>
 
+#include <limits>
+
 namespace TWB::Service {
 
 namespace {
@@ -126,6 +128,16 @@ QString ProductOptions::proxyUrl() const
     return QStringLiteral("http://%1:%2").arg(host).arg(port);
 }
 
+QString ProductOptions::logPath() const
+{
+    return text(QStringLiteral("LogPath"));
+}
+
+int ProductOptions::logRotateDays() const
+{
+    return int(qMin<qint64>(number(QStringLiteral("Logs Rotate TimeOut")), std::numeric_limits<int>::max()));
+}
+
 QStringList ProductOptions::knownKeys()
 {
     return rules().keys();
@@ -140,7 +152,7 @@ QMap<QString, QString> ProductOptions::values() const
     return result;
 }
 
-void ProductOptions::write(const QMap<QString, QString>& values) const
+void ProductOptions::check(const QMap<QString, QString>& values)
 {
     for (auto it = values.cbegin(); it != values.cend(); ++it) {
         if (!rules().contains(it.key()))
@@ -160,6 +172,11 @@ void ProductOptions::write(const QMap<QString, QString>& values) const
             throw QStringLiteral("Option \"%1\" cannot be \"%2\"").arg(it.key(), shown);
         }
     }
+}
+
+void ProductOptions::write(const QMap<QString, QString>& values) const
+{
+    check(values);
     // QSettings writes through QSaveFile: the new file replaces the old one whole.
     QSettings options(m_file, QSettings::IniFormat);
     if (options.status() != QSettings::NoError)

@@ -29,11 +29,17 @@ public:
     int retryAttempts() const;
     /// "http://host:port" when a proxy is set, else empty.
     QString proxyUrl() const;
+    /// The folder the logs go to; empty for the data folder's log/.
+    QString logPath() const;
+    /// Days a log file is kept; 0 keeps them all.
+    int logRotateDays() const;
 
     /// Every option a console may read and set.
     static QStringList knownKeys();
     /// Every known option by key; an unset one is "".
     QMap<QString, QString> values() const;
+    /// Throws a sentence naming the first unknown key or unfit value.
+    static void check(const QMap<QString, QString>& values);
     /// Stores the values given, all or none, replacing the file in one rename so that a run never reads
     /// half of it. An empty value clears the option. Throws a sentence naming the first unknown key or
     /// unfit value, or the file that could not be written.

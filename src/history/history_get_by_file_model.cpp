@@ -55,6 +55,8 @@ QVariant HistoryGetByFileModel::data(const QModelIndex& index, int role) const
     const QMap<QString, QVariant>& entry = rows.at(index.row());
     if (role == Qt::DisplayRole)
         return entry.value(KEY.value(index.column()));
+    if (role == Qt::UserRole && index.column() == 1)
+        return entry.value(QStringLiteral("PlanName"));
     if (role == Qt::DecorationRole && index.column() == 0)
         return IconManager::icon(operationIcon(entry.value(QStringLiteral("Operation")).toInt()), IconManager::Small);
     return QVariant();

@@ -14,6 +14,8 @@ public:
     explicit HistoryGetByFileModel(QObject* parent = nullptr);
     ~HistoryGetByFileModel() override;
 
+    /// Column 1 shows the plan's id; its Qt::UserRole is the name the run recorded, which stays when
+    /// the plan is removed.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
     /// The operations of `plan` (all plans for a null id) in `period` of the kind `filterOperation`

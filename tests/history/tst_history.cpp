@@ -152,6 +152,7 @@ private Q_SLOTS:
         QVERIFY(text(*model, 0, 2).contains(QStringLiteral("/second/")));
         QVERIFY(text(*model, 249, 2).contains(QStringLiteral("/first/")));
         QCOMPARE(QUuid(text(*model, 0, 1)), m_docs);
+        QCOMPARE(model->index(0, 1).data(Qt::UserRole).toString(), QStringLiteral("Docs"));
 
         HistoryGetByPlanModel* plans = runs();
         QSignalSpy planComplite(plans, &BaseModel::complite);

@@ -206,7 +206,9 @@ private Q_SLOTS:
     {
         QVERIFY(TWL::TwlDebug::installLogFile(QStringLiteral("tst")));
         const QString path = TWL::TwlDebug::logFilePath();
-        QCOMPARE(path, Path::logDir() + QStringLiteral("/tst.log"));
+        QCOMPARE(path,
+            Path::logDir()
+                + QStringLiteral("/tst-%1.log").arg(QDate::currentDate().toString(QStringLiteral("yyyy-MM-dd"))));
         TWL::TwlDebug log("TWB");
         log.debug() << "secret-debug-line";
         log.info() << "plain info" << 42;

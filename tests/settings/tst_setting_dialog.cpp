@@ -1,5 +1,6 @@
 #include "service_fixture.h"
 
+#include "platform/logging/twl_debug.h"
 #include "platform/settings/default_settings.h"
 #include "settings/advanced.h"
 #include "settings/main_list_widget.h"
@@ -13,6 +14,7 @@
 #include <QListWidget>
 #include <QMimeData>
 #include <QRadioButton>
+#include <QScopeGuard>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QtTest>
@@ -71,7 +73,7 @@ private Q_SLOTS:
         const QList<QStringList> rows = {{"MultiThread threads count", "12", "101"},
             {"DefaultChunkSize", "16777216", big}, {"MultiThread memory usage", "524288000", "1024"},
             {"Glacier queue size", "500", "99"}, {"Logs Rotate TimeOut", "7", "-1"},
-            {"LogPath", "/var/tmp/logs", "logs"}, {"Cloud Bandwidth", "250", "0"},
+            {"LogPath", m_service->environment().root() + "/logs", "logs"}, {"Cloud Bandwidth", "250", "0"},
             {"Local Bandwidth", "999999", "1000000"}, {"RetryAttempts", "5", "0"},
             {"RetryInterval", "3000", "2147483648"}, {"IgnoreSSL", "true", "yes"}, {"WebAccessEnabled", "false", "1"},
             {"WebAccessUseHttps", "true", "on"}, {"WebAccessPort", "8080", "65536"},
@@ -109,6 +111,31 @@ private Q_SLOTS:
         QVERIFY(loaded.wait());
         QCOMPARE(settings->value(key), value);
         QCOMPARE(settings->items().value(key)->value(), value);
+    }
+
+    void consoleLogFollowsTheServiceOptions()
+    {
+        QVERIFY(TWL::TwlDebug::installLogFile(QStringLiteral("twbgui")));
+        auto putBack = qScopeGuard([] {
+            TWL::TwlDebug::removeLogFile();
+            TWL::TwlDebug::setLogDirectory(QString());
+        });
+        const QString folder = m_service->environment().root() + QStringLiteral("/console-logs");
+        const QDateTime fiveDaysAgo = QDateTime::currentDateTime().addDays(-5);
+        const QString old = folder + QStringLiteral("/twbgui-%1.log").arg(fiveDaysAgo.date().toString(Qt::ISODate));
+        TestEnvironment::writeFile(old, "an old day\n", fiveDaysAgo);
+
+        const QPointer<TWB::DefaultSettings> settings = TWB::DefaultSettings::instance();
+        settings->followLogOptions();
+        settings->setLogPath(folder);
+        settings->setLogsRotateTimeout(QStringLiteral("2"));
+        QTRY_VERIFY2(TWL::TwlDebug::logFilePath().startsWith(folder + QStringLiteral("/twbgui-")),
+            qPrintable(TWL::TwlDebug::logFilePath()));
+        QTRY_VERIFY(!QFile::exists(old));
+        TWL::TwlDebug("TWB").info() << "console_marker";
+        QFile log(TWL::TwlDebug::logFilePath());
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        QVERIFY(log.readAll().contains("console_marker"));
     }
 
     void missingKeyShowsTheMinimumAndChunksRoundDown()

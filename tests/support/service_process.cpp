@@ -24,6 +24,17 @@ ServiceProcess::~ServiceProcess()
     }
 }
 
+QString ServiceProcess::logText(const QString& folder)
+{
+    QString text;
+    for (const QFileInfo& day : QDir(folder).entryInfoList({QStringLiteral("twbd-*.log")}, QDir::Files, QDir::Name)) {
+        QFile log(day.absoluteFilePath());
+        if (log.open(QIODevice::ReadOnly))
+            text += QString::fromUtf8(log.readAll());
+    }
+    return text;
+}
+
 QString ServiceProcess::program()
 {
     return QStringLiteral(TWBD_PROGRAM);

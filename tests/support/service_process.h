@@ -26,6 +26,8 @@ public:
     QString output();
 
     static QString program();
+    /// Everything twbd wrote into its log files in `folder`, the oldest day first.
+    static QString logText(const QString& folder);
     /// Whether something answers on a local socket path.
     static bool answers(const QString& socketPath);
 

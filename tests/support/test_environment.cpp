@@ -60,12 +60,16 @@ QString TestEnvironment::outputDir()
     return dir;
 }
 
-void TestEnvironment::writeFile(const QString& path, const QByteArray& text)
+void TestEnvironment::writeFile(const QString& path, const QByteArray& text, const QDateTime& modified)
 {
     QVERIFY(QDir().mkpath(QFileInfo(path).path()));
     QFile file(path);
     QVERIFY2(file.open(QIODevice::WriteOnly | QIODevice::Truncate), qPrintable(path));
     QCOMPARE(file.write(text), qint64(text.size()));
+    // Written out first, or the close would stamp the file anew.
+    QVERIFY(file.flush());
+    if (modified.isValid())
+        QVERIFY(file.setFileTime(modified, QFileDevice::FileModificationTime));
 }
 
 } // namespace TWB::Test

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -23,8 +24,9 @@ public:
     static void speedUpChannel();
     /// Where tests put the pictures of their widgets.
     static QString outputDir();
-    /// Replaces a file's content, making its folder; a failure fails the running test.
-    static void writeFile(const QString& path, const QByteArray& text);
+    /// Replaces a file's content, making its folder, and sets its modification time when one is given;
+    /// a failure fails the running test.
+    static void writeFile(const QString& path, const QByteArray& text, const QDateTime& modified = {});
 
 private:
     QTemporaryDir m_dir;

@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QJsonObject>
+#include <QThreadPool>
 
 namespace TWB {
 
@@ -64,6 +65,32 @@ Property* DefaultSettings::property(const QString& key)
         connect(item, &Property::valueChanged, this, &DefaultSettings::send);
     }
     return item;
+}
+
+void DefaultSettings::followLogOptions()
+{
+    if (m_logOptions)
+        return;
+    m_logOptions.emplace();
+    connect(this, &DefaultSettings::loaded, this, &DefaultSettings::applyLogOptions);
+    connect(this, &DefaultSettings::saved, this, &DefaultSettings::applyLogOptions);
+}
+
+// Only a change reaches the log, so that a folder it cannot use is named once, not at each load.
+void DefaultSettings::applyLogOptions()
+{
+    const QPair<QString, QString> options {value(QStringLiteral("LogPath")), getLogsRotateTimeout()};
+    if (!m_logOptions || *m_logOptions == options)
+        return;
+    const bool moves = m_logOptions->first != options.first;
+    m_logOptions = options;
+    // The folder may sit on a slow disk: it is opened away from the GUI thread.
+    QThreadPool::globalInstance()->start([options, moves] {
+        QString reason;
+        if (moves && !TWL::TwlDebug::setLogDirectory(options.first, &reason))
+            TWL::TwlDebug("TWB").warning() << reason << "- the log stays in" << TWL::TwlDebug::logFilePath();
+        TWL::TwlDebug::setRotateDays(options.second.toInt());
+    });
 }
 
 void DefaultSettings::load()

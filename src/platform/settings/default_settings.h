@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <QString>
 
+#include <optional>
+
 namespace TWB {
 
 /// The product's options: string values by key. The service holds them, because its runs follow them;
@@ -99,6 +101,10 @@ public:
     /// The log folder has no getter: it is read through `TWB::Defines::AppPath::logs()`.
     void setLogPath(const QString& value) { setValue(QStringLiteral("LogPath"), value); }
 
+    /// For a program that writes a log file: from the next load on, its log follows "LogPath" and
+    /// "Logs Rotate TimeOut" as the service holds them. A folder it cannot use is logged once.
+    void followLogOptions();
+
 public Q_SLOTS:
     /// Asks the service for every option; `loaded` follows, or `error`.
     void load();
@@ -115,11 +121,14 @@ private:
     void onLoadResult();
     void onSaveResult();
     void send(const QString& key, const QString& value);
+    void applyLogOptions();
     Property* property(const QString& key);
 
     QMap<QString, Property*> m_items; // owned by parent-child
     /// Values sent and not yet answered, by key.
     QMap<QString, int> m_sending;
+    /// "LogPath" and "Logs Rotate TimeOut" as last given to the log; null until followLogOptions().
+    std::optional<QPair<QString, QString>> m_logOptions;
 };
 
 } // namespace TWB

@@ -258,6 +258,8 @@ private Q_SLOTS:
         for (const char* key :
             {"ID", "DateModified", "Duration", "File", "Message", "Operation", "Size", "FinishTime", "PlanId"})
             QVERIFY2(newest.contains(QLatin1String(key)), key);
+        // Plan A is in no plan list: the name comes from its run.
+        QCOMPARE(newest.value(QStringLiteral("PlanName")).toString(), QStringLiteral("Plan A"));
         const QStringList csv = parseCsv(newest.value(QStringLiteral("CSVLine")).toString());
         QCOMPARE(csv.at(0), QStringLiteral("Restored"));
         QCOMPARE(csv.size(), 8);

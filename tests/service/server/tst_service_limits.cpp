@@ -121,11 +121,7 @@ private:
     std::unique_ptr<TestEnvironment> m_env;
     std::unique_ptr<ServiceProcess> m_service;
 
-    QString logText() const
-    {
-        QFile log(m_env->dataDir() + QStringLiteral("/log/twbd.log"));
-        return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
-    }
+    QString logText() const { return ServiceProcess::logText(m_env->dataDir() + QStringLiteral("/log")); }
 
     void expectOthersAnswered()
     {
@@ -173,7 +169,11 @@ private Q_SLOTS:
         QCOMPARE(modeOf(QFileInfo(m_env->socketPath()).absolutePath()), 0700);
         QCOMPARE(modeOf(m_env->dataDir()), 0700);
         QCOMPARE(modeOf(m_env->dataDir() + QStringLiteral("/log")), 0700);
-        QCOMPARE(modeOf(m_env->dataDir() + QStringLiteral("/log/twbd.log")), 0600);
+        const QFileInfoList logs = QDir(m_env->dataDir() + QStringLiteral("/log"))
+                                       .entryInfoList({QStringLiteral("twbd-*.log")}, QDir::Files);
+        QVERIFY(!logs.isEmpty());
+        for (const QFileInfo& log : logs)
+            QCOMPARE(modeOf(log.absoluteFilePath()), 0600);
         QCOMPARE(modeOf(m_env->dataDir() + QStringLiteral("/cache")), 0700);
         QCOMPARE(modeOf(m_env->dataDir() + QStringLiteral("/cache/rclone.conf")), 0600);
         QCOMPARE(modeOf(m_env->dataDir() + QStringLiteral("/run")), 0700);

@@ -1,5 +1,6 @@
 #include "frame/application_event_controller.h"
 #include "platform/communication/connection_manager.h"
+#include "service_fixture.h"
 #include "support/log_capture.h"
 #include "support/service_process.h"
 #include "support/test_caller.h"
@@ -11,6 +12,7 @@
 #include <QJsonObject>
 #include <QLocalSocket>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -24,7 +26,9 @@
 
 using TWB::Common::Communication::ConnectionManager;
 using TWB::GUI::ApplicationEventController;
+using TWB::Test::ServiceFixture;
 using TWB::Test::ServiceProcess;
+using TWB::Test::ServiceReply;
 using TWB::Test::TestCaller;
 using TWB::Test::TestEnvironment;
 
@@ -51,6 +55,30 @@ QByteArray exchangeRaw(const QString& socketPath, const QByteArray& line, int ti
     return received;
 }
 
+// Sends "SetProductOptions" through the console's channel; the service's refusal, or "" on success.
+QString setOptions(const QJsonObject& options)
+{
+    const ServiceReply reply = ServiceFixture::callThroughChannel(
+        QStringLiteral("SetProductOptions"), {{QStringLiteral("options"), options}});
+    return reply.received ? reply.error : QStringLiteral("no answer");
+}
+
+// A refused value is logged with the value: a line that shows where the log goes now.
+void logMarker(const QString& marker)
+{
+    QVERIFY(!setOptions({{QStringLiteral("ProxyHost"), marker}}).isEmpty());
+}
+
+// A log file of the service whose last change was `days` ago, named after that day.
+QString oldLog(const QString& folder, const QString& name, int days)
+{
+    const QDateTime when = QDateTime::currentDateTime().addDays(-days);
+    const QString path = folder + QLatin1Char('/')
+        + (name.contains(QLatin1String("%1")) ? name.arg(when.date().toString(Qt::ISODate)) : name);
+    TestEnvironment::writeFile(path, "an old day\n", when);
+    return path;
+}
+
 } // namespace
 
 class TestTwbd : public QObject
@@ -61,11 +89,7 @@ private:
     std::unique_ptr<TestEnvironment> m_env;
     std::unique_ptr<ServiceProcess> m_service;
 
-    QString logText() const
-    {
-        QFile log(m_env->dataDir() + QStringLiteral("/log/twbd.log"));
-        return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
-    }
+    QString logText() const { return ServiceProcess::logText(m_env->dataDir() + QStringLiteral("/log")); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -164,6 +188,74 @@ private Q_SLOTS:
         QVERIFY(WIFEXITED(status));
         QCOMPARE(WEXITSTATUS(status), 0);
         QTRY_VERIFY(logText().contains(QStringLiteral("Refused a console of uid 65534")));
+    }
+
+    void logFollowsTheLogPathOption()
+    {
+        const QString folder = m_env->root() + QStringLiteral("/chosen/logs");
+        const QString defaultFolder = m_env->dataDir() + QStringLiteral("/log");
+        auto putBack = qScopeGuard([] { setOptions({{QStringLiteral("LogPath"), QString()}}); });
+        QCOMPARE(setOptions({{QStringLiteral("LogPath"), folder}}), QString());
+        logMarker(QStringLiteral("first_marker"));
+        QVERIFY(ServiceProcess::logText(folder).contains(QStringLiteral("first_marker")));
+        QVERIFY(!ServiceProcess::logText(defaultFolder).contains(QStringLiteral("first_marker")));
+
+        // A folder it cannot make is refused, the option keeps its value and the log its place.
+        const QString aFile = m_env->root() + QStringLiteral("/a-file");
+        TestEnvironment::writeFile(aFile, "not a folder\n");
+        const QString underAFile = aFile + QStringLiteral("/logs");
+        QCOMPARE(setOptions({{QStringLiteral("LogPath"), underAFile}}),
+            QStringLiteral("Option \"LogPath\" cannot be \"%1\": Cannot create the folder %1").arg(underAFile));
+        logMarker(QStringLiteral("refusal_marker"));
+        QVERIFY(ServiceProcess::logText(folder).contains(QStringLiteral("refusal_marker")));
+
+        // Kept over a restart, and back to the data folder once cleared.
+        QVERIFY(m_service->terminate());
+        QVERIFY2(m_service->start(), qPrintable(m_service->output()));
+        QTRY_VERIFY(ConnectionManager::instance()->isLocalManagmentConnected());
+        QVERIFY(ServiceProcess::logText(folder).contains(QStringLiteral("listens on")));
+        putBack.dismiss();
+        QCOMPARE(setOptions({{QStringLiteral("LogPath"), QString()}}), QString());
+        logMarker(QStringLiteral("home_marker"));
+        QVERIFY(ServiceProcess::logText(defaultFolder).contains(QStringLiteral("home_marker")));
+        QVERIFY(!ServiceProcess::logText(folder).contains(QStringLiteral("home_marker")));
+    }
+
+    void oldLogsAreRemovedAfterTheRotateDays_data()
+    {
+        QTest::addColumn<QString>("days");
+        QTest::addColumn<bool>("restart");
+        QTest::addColumn<bool>("oldRemoved");
+        QTest::newRow("2 days, at start") << QStringLiteral("2") << true << true;
+        QTest::newRow("2 days, when set") << QStringLiteral("2") << false << true;
+        QTest::newRow("0 keeps all") << QStringLiteral("0") << true << false;
+    }
+
+    void oldLogsAreRemovedAfterTheRotateDays()
+    {
+        QFETCH(QString, days);
+        QFETCH(bool, restart);
+        QFETCH(bool, oldRemoved);
+        const QString folder = m_env->dataDir() + QStringLiteral("/log");
+        auto putBack = qScopeGuard([] { setOptions({{QStringLiteral("Logs Rotate TimeOut"), QString()}}); });
+        if (restart)
+            QCOMPARE(setOptions({{QStringLiteral("Logs Rotate TimeOut"), days}}), QString());
+        const QString old = oldLog(folder, QStringLiteral("twbd-%1.log"), 5);
+        const QString young = oldLog(folder, QStringLiteral("twbd-%1.log"), 1);
+        const QString undated = oldLog(folder, QStringLiteral("twbd.log"), 5);
+        // Not the service's own: the console's log and a stranger's.
+        const QString console = oldLog(folder, QStringLiteral("twbgui-%1.log"), 5);
+        const QString stranger = oldLog(folder, QStringLiteral("twbd-notes-%1.log"), 5);
+        if (restart) {
+            QVERIFY(m_service->terminate());
+            QVERIFY2(m_service->start(), qPrintable(m_service->output()));
+        } else {
+            QCOMPARE(setOptions({{QStringLiteral("Logs Rotate TimeOut"), days}}), QString());
+        }
+        QTRY_COMPARE(QFile::exists(old), !oldRemoved);
+        QTRY_COMPARE(QFile::exists(undated), !oldRemoved);
+        for (const QString& path : {young, console, stranger})
+            QVERIFY2(QFile::exists(path), qPrintable(path));
     }
 
     void hostSeesTheServiceGoAndComeBack()
