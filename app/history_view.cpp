@@ -84,7 +84,8 @@ public:
     QString displayText(const QVariant& value, const QLocale&) const override { return operationText(value.toInt()); }
 };
 
-// The file model names a plan by id; the plan list gives its name, and a removed plan keeps its id.
+// The file model names a plan by id; the plan list gives its current name, and a plan removed since
+// (a restore run once) keeps the name its run recorded.
 class PlanNameDelegate final : public QStyledItemDelegate
 {
 public:
@@ -96,6 +97,15 @@ public:
     {
         const int item = m_plans->findData(QUuid(value.toString()));
         return item > 0 ? m_plans->itemText(item) : value.toString();
+    }
+
+protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
+    {
+        QStyledItemDelegate::initStyleOption(option, index);
+        const QString recorded = index.data(Qt::UserRole).toString();
+        if (m_plans->findData(QUuid(index.data().toString())) <= 0 && !recorded.isEmpty())
+            option->text = recorded;
     }
 
 private:
