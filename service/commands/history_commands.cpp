@@ -62,22 +62,6 @@ QString stateName(int state)
     return names.value(state, QString::number(state));
 }
 
-QString fileOperationName(int operation)
-{
-    switch (operation) {
-    case FileOperationRecord::Uploaded:
-        return QStringLiteral("Uploaded");
-    case FileOperationRecord::Restored:
-        return QStringLiteral("Restored");
-    case FileOperationRecord::Deleted:
-        return QStringLiteral("Deleted");
-    case FileOperationRecord::Failed:
-        return QStringLiteral("Failed");
-    default:
-        return QString::number(operation);
-    }
-}
-
 // By hand: an export formats two times for each of a hundred thousand lines, and QDateTime's
 // format parser showed in its time.
 QString readableTime(const QDateTime& time)
@@ -239,7 +223,7 @@ void HistoryCommands::listByFiles(const QJsonObject& request, const Responder& r
         json.utf8(planName);
         if (csv) {
             CsvLine line;
-            line.add(fileOperationName(kind).toUtf8());
+            line.add(FileOperationRecord::kindName(kind).toUtf8());
             line.add(planName);
             line.add(path);
             line.add(QByteArray::number(size));

@@ -45,20 +45,6 @@ bool failed(int state)
     return state != RunState::Success && state != RunState::Warning;
 }
 
-QString operationText(int operation)
-{
-    switch (operation) {
-    case FileOperationRecord::Uploaded:
-        return QStringLiteral("Uploaded");
-    case FileOperationRecord::Restored:
-        return QStringLiteral("Restored");
-    case FileOperationRecord::Deleted:
-        return QStringLiteral("Deleted");
-    default:
-        return QStringLiteral("Failed");
-    }
-}
-
 } // namespace
 
 RunMailer::RunMailer(Database& database, const QString& settingsFile, QObject* parent)
@@ -151,7 +137,8 @@ QString RunMailer::bodyFor(const RunRecord& run, bool detailed)
             if (operation.run != run.id || listed == reportLimit)
                 continue;
             ++listed;
-            QString line = QStringLiteral("%1 %2").arg(operationText(operation.operation), operation.path);
+            QString line
+                = QStringLiteral("%1 %2").arg(FileOperationRecord::kindName(operation.operation), operation.path);
             if (!operation.message.isEmpty())
                 line += QStringLiteral(": ") + operation.message;
             lines << line;

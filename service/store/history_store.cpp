@@ -27,6 +27,22 @@ struct Filter
 
 } // namespace
 
+QString FileOperationRecord::kindName(int operation)
+{
+    switch (operation) {
+    case Uploaded:
+        return QStringLiteral("Uploaded");
+    case Restored:
+        return QStringLiteral("Restored");
+    case Deleted:
+        return QStringLiteral("Deleted");
+    case Failed:
+        return QStringLiteral("Failed");
+    default:
+        return QString::number(operation);
+    }
+}
+
 qint64 HistoryStore::addRun(const RunRecord& run)
 {
     QSqlQuery query = m_database.prepare(

@@ -31,6 +31,8 @@ struct FileOperationRecord
 {
     /// Kinds of file operation; a history filter of 0 takes them all.
     enum Operation : int { Uploaded = 1, Restored = 2, Deleted = 3, Failed = 4 };
+    /// The kind's name in exports and mails: "Uploaded", "Restored", "Deleted", "Failed", else its number.
+    static QString kindName(int operation);
 
     qint64 id = 0;
     qint64 run = 0;
