@@ -1,6 +1,7 @@
 #include "service/schedule/next_run.h"
 
 #include "platform/plan/schedule.h"
+#include "service/schedule/local_offsets.h"
 
 #include <QList>
 #include <QTime>
@@ -76,31 +77,22 @@ bool dayAllowed(const Schedule& schedule, const QDate& date)
     return false;
 }
 
-// The local clock's offset from UTC at an instant, in milliseconds. One conversion to local time:
-// offsetFromUtc() of a local QDateTime converts back again, and a pass over thousands of plans
-// spends most of its time in these conversions.
-qint64 localOffsetMs(qint64 utcMs)
-{
-    const QDateTime shown = QDateTime::fromMSecsSinceEpoch(utcMs, Qt::UTC).toLocalTime();
-    return QDateTime(shown.date(), shown.time(), Qt::UTC).toMSecsSinceEpoch() - utcMs;
-}
-
 // The first moment at which the local clock shows `time` on `date`, or an invalid time when it
 // never does. Worked out from the offsets around it rather than left to mktime(), which resolves a
 // time shown twice by whatever it saw last.
-QDateTime firstLocalMoment(const QDate& date, const QTime& time)
+QDateTime firstLocalMoment(const QDate& date, const QTime& time, LocalOffsets& offsets)
 {
     const QDateTime wall(date, time, Qt::UTC);
     const qint64 wallMs = wall.toMSecsSinceEpoch();
     QDateTime first;
     qint64 tried = -1;
     for (const qint64 probe : {wallMs - 12 * 3600 * 1000LL, wallMs + 12 * 3600 * 1000LL}) {
-        const qint64 candidateMs = wallMs - localOffsetMs(probe);
+        const qint64 candidateMs = wallMs - offsets.at(probe);
         // Most days have one offset: the second probe then names the same moment.
         if (candidateMs == tried)
             continue;
         tried = candidateMs;
-        if (candidateMs - wallMs + localOffsetMs(candidateMs) != 0)
+        if (candidateMs - wallMs + offsets.at(candidateMs) != 0)
             continue;
         const QDateTime candidate = QDateTime::fromMSecsSinceEpoch(candidateMs, Qt::UTC);
         if (!first.isValid() || candidate < first)
@@ -111,16 +103,16 @@ QDateTime firstLocalMoment(const QDate& date, const QTime& time)
 
 // The moment a local time of day falls on. A time the clock skips when summer time begins falls
 // on the first moment after the skip; a time the clock shows twice in autumn counts at its first.
-QDateTime localMoment(const QDate& date, const QTime& time)
+QDateTime localMoment(const QDate& date, const QTime& time, LocalOffsets& offsets)
 {
-    const QDateTime at = firstLocalMoment(date, time);
+    const QDateTime at = firstLocalMoment(date, time, offsets);
     if (at.isValid())
         return at;
     for (int minutes = 1; minutes <= 24 * 60; ++minutes) {
         const int secs = time.msecsSinceStartOfDay() / 1000 + minutes * 60;
         if (secs >= 24 * 3600)
             break;
-        const QDateTime later = firstLocalMoment(date, QTime::fromMSecsSinceStartOfDay(secs * 1000));
+        const QDateTime later = firstLocalMoment(date, QTime::fromMSecsSinceStartOfDay(secs * 1000), offsets);
         if (later.isValid())
             return later;
     }
@@ -140,11 +132,12 @@ bool overnight(const Schedule& schedule)
 // whatever the clock did in between. With `tail`, the slots on `date` of an overnight window that
 // began the day before.
 // `afterMs` is `after` as an instant: comparing with a local time converts it again each time.
-QDateTime firstOnDay(
-    const Schedule& schedule, const QDate& date, const QDateTime& after, qint64 afterMs, bool tail = false)
+QDateTime firstOnDay(const Schedule& schedule, const QDate& date, const QDateTime& after, qint64 afterMs,
+    LocalOffsets& offsets, bool tail = false)
 {
     if (!schedule.dailyRecurrence()) {
-        const QDateTime at = localMoment(date, schedule.occursAt().isValid() ? schedule.occursAt() : QTime(0, 0));
+        const QDateTime at
+            = localMoment(date, schedule.occursAt().isValid() ? schedule.occursAt() : QTime(0, 0), offsets);
         return at.isValid() && at.toMSecsSinceEpoch() > afterMs ? at : QDateTime();
     }
     const Schedule::OccursEvery every = schedule.occursEvery();
@@ -172,7 +165,7 @@ QDateTime firstOnDay(
             secs += qMax(0, (afterSecs - secs) / periodSecs - 1) * periodSecs;
     }
     for (; secs <= limit; secs += periodSecs) {
-        const QDateTime at = localMoment(date, QTime::fromMSecsSinceStartOfDay((secs - from) * 1000));
+        const QDateTime at = localMoment(date, QTime::fromMSecsSinceStartOfDay((secs - from) * 1000), offsets);
         if (at.isValid() && at.toMSecsSinceEpoch() > afterMs)
             return at;
     }
@@ -183,10 +176,17 @@ QDateTime firstOnDay(
 
 QDateTime NextRun::after(const Schedule& schedule, const QDateTime& after)
 {
+    LocalOffsets offsets;
+    return NextRun::after(schedule, after, offsets);
+}
+
+QDateTime NextRun::after(const Schedule& schedule, const QDateTime& after, LocalOffsets& offsets)
+{
     if (!schedule.isEnable())
         return QDateTime();
-    const QDateTime local = after.toLocalTime();
     const qint64 afterMs = after.toMSecsSinceEpoch();
+    // The wall clock's date and time at `after`; only those are read from it.
+    const QDateTime local = QDateTime::fromMSecsSinceEpoch(afterMs + offsets.at(afterMs), Qt::UTC);
     if (schedule.type() == Schedule::SpecificDate) {
         // The store keeps whole seconds: a due time with milliseconds would come back due again.
         QDateTime at = schedule.specificDate();
@@ -198,13 +198,13 @@ QDateTime NextRun::after(const Schedule& schedule, const QDateTime& after)
         const QDate day = local.date().addDays(offset);
         // The early hours of a day belong to a window that began the day before.
         if (acrossMidnight && dayAllowed(schedule, day.addDays(-1))) {
-            const QDateTime at = firstOnDay(schedule, day, local, afterMs, true);
+            const QDateTime at = firstOnDay(schedule, day, local, afterMs, offsets, true);
             if (at.isValid())
                 return at.toUTC();
         }
         if (!dayAllowed(schedule, day))
             continue;
-        const QDateTime at = firstOnDay(schedule, day, local, afterMs);
+        const QDateTime at = firstOnDay(schedule, day, local, afterMs, offsets);
         if (at.isValid())
             return at.toUTC();
     }

@@ -8,6 +8,8 @@ class Schedule;
 
 namespace TWB::Service {
 
+class LocalOffsets;
+
 /// When a schedule next fires. Times of day and week days are the machine's local time, as the
 /// user set them in the wizard; results are in UTC.
 class NextRun final
@@ -22,6 +24,8 @@ public:
     /// from their start date, and never before it. On such a day they fire at "occurs at", or every
     /// period minutes from the interval's start to its end.
     static QDateTime after(const TWB::Info::Plan::Schedule& schedule, const QDateTime& after);
+    /// The same, with the local clock's offsets kept across the calls of one pass.
+    static QDateTime after(const TWB::Info::Plan::Schedule& schedule, const QDateTime& after, LocalOffsets& offsets);
 
     /// How far ahead a search for the next day goes before it gives up: four years, enough for
     /// "the last Sunday of every twelfth month" and for a February 29th.

@@ -7,11 +7,13 @@
 #include "platform/plan/factory.h"
 #include "service/store/database.h"
 #include "service/engine/engine.h"
+#include "service/schedule/local_offsets.h"
 #include "service/schedule/next_run.h"
 #include "service/schedule/schedule_timing.h"
 #include "service/store/plan_store.h"
 #include "service/store/transaction.h"
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QSet>
 #include <QVector>
@@ -31,12 +33,18 @@ Scheduler::Scheduler(Database& database, Engine& engine, QObject* parent)
 {
     m_timer.setSingleShot(true);
     m_timer.setTimerType(Qt::PreciseTimer);
-    connect(&m_timer, &QTimer::timeout, this, [this] { pass(false); });
+    connect(&m_timer, &QTimer::timeout, this, &Scheduler::pass);
 }
+
+Scheduler::~Scheduler() = default;
 
 void Scheduler::start()
 {
-    pass(true);
+    const QDateTime now = m_clock();
+    m_lastPass = now;
+    m_startPass = std::make_unique<StartPass>(now);
+    // From the event loop, so that the service listens first and answers between the slices.
+    QTimer::singleShot(0, this, &Scheduler::continueStart);
 }
 
 void Scheduler::plansChanged()
@@ -66,13 +74,14 @@ public:
         std::optional<QDateTime> next;
         TWB::Info::Plan::Schedule schedule;
         if (ScheduleTiming::readSchedule(scheduleText, &schedule))
-            next = NextRun::after(schedule, m_now);
+            next = NextRun::after(schedule, m_now, m_offsets);
         m_known.insert(scheduleText, next);
         return next;
     }
 
 private:
     QDateTime m_now;
+    LocalOffsets m_offsets;
     QHash<QString, std::optional<QDateTime>> m_known;
 };
 
@@ -92,9 +101,8 @@ bool nextRunsOf(const ScheduleTiming& timing, NextRuns& memo, QDateTime* next, Q
     return true;
 }
 
-} // namespace
-
-bool Scheduler::timingOf(PlanStore& store, const PlanRecord& plan, ScheduleTiming* timing)
+/// The plan's timing as the store keeps it, or read from its document when the store has none.
+bool timingOf(PlanStore& store, const PlanRecord& plan, ScheduleTiming* timing)
 {
     if (ScheduleTiming::read(plan.timing, timing))
         return true;
@@ -108,7 +116,117 @@ bool Scheduler::timingOf(PlanStore& store, const PlanRecord& plan, ScheduleTimin
     return ScheduleTiming::read(text, timing);
 }
 
-void Scheduler::pass(bool atStart)
+/// Starts the plan if one of its times passed by `now` and works out its next times into `moved`.
+/// At the service's start, a time that passed while it was down counts only for plans that ask
+/// for it. False when nothing was due or the plan's timing does not read.
+bool runIfDue(Engine& engine, PlanStore& store, const PlanRecord& plan, const QDateTime& now, bool atStart,
+    NextRuns& memo, QVector<PlanStore::NextRuns>& moved)
+{
+    const bool due = plan.nextRun.isValid() && plan.nextRun <= now;
+    const bool fullDue = plan.nextRunFull.isValid() && plan.nextRunFull <= now;
+    if (!due && !fullDue)
+        return false;
+    ScheduleTiming timing;
+    QDateTime next;
+    QDateTime nextFull = plan.nextRunFull;
+    if (!timingOf(store, plan, &timing) || !nextRunsOf(timing, memo, &next, &nextFull))
+        return false;
+    const bool run = !atStart || timing.runMissed;
+    if (run && engine.isRunning(plan.id)) {
+        TWL::TwlDebug("TWB").info() << "Plan" << plan.id.toString() << "is due but runs already";
+    } else if (run) {
+        try {
+            TWL::TwlDebug("TWB").info() << (atStart ? "Running the missed plan" : "Running the scheduled plan")
+                                        << plan.id.toString();
+            // Due while the service was down, or long before this pass (the machine slept): late.
+            const QDateTime dueAt = due ? plan.nextRun : plan.nextRunFull;
+            const bool late = atStart || dueAt.secsTo(now) > lateAfterSeconds;
+            engine.start(plan.id, fullDue, true, late ? dueAt : QDateTime());
+        } catch (const QString& text) {
+            // A run that could not start is a result of its own: the plan list shows it.
+            try {
+                engine.recordRefused(plan.id, text);
+            } catch (const QString& why) {
+                TWL::TwlDebug("TWB").warning()
+                    << "Cannot record the refused run of" << plan.id.toString() << ":" << why;
+            }
+        }
+    }
+    moved.append({plan.id, next, nextFull});
+    return true;
+}
+
+} // namespace
+
+/// The first pass, done a slice at a time.
+struct Scheduler::StartPass
+{
+    explicit StartPass(const QDateTime& now)
+        : now(now)
+        , memo(now)
+    { }
+
+    QDateTime now;
+    NextRuns memo;
+    bool settled = false;
+    /// Plans whose times had passed when the pass began, and how many of them are done.
+    QVector<QUuid> due;
+    int done = 0;
+};
+
+void Scheduler::continueStart()
+{
+    StartPass& start = *m_startPass;
+    QList<QUuid> changed;
+    if (!start.settled) {
+        start.settled = true;
+        changed = settle(start.now);
+        try {
+            const QList<PlanRecord> plans = PlanStore(m_database).all();
+            for (const PlanRecord& plan : plans) {
+                if ((plan.nextRun.isValid() && plan.nextRun <= start.now)
+                    || (plan.nextRunFull.isValid() && plan.nextRunFull <= start.now))
+                    start.due.append(plan.id);
+            }
+        } catch (const QString& text) {
+            TWL::TwlDebug("TWB").warning() << "The scheduler could not read the plans:" << text;
+        }
+    } else {
+        // Plans are taken for this long; recording their next runs takes about as long again.
+        constexpr qint64 sliceMs = 8;
+        QElapsedTimer clock;
+        clock.start();
+        try {
+            PlanStore store(m_database);
+            QVector<PlanStore::NextRuns> moved;
+            while (start.done < start.due.size() && clock.elapsed() < sliceMs) {
+                // Read again: a command may have changed or removed the plan since the pass began.
+                const std::optional<PlanRecord> plan = store.listed(start.due.at(start.done++));
+                if (plan && runIfDue(m_engine, store, *plan, start.now, true, start.memo, moved))
+                    changed << plan->id;
+            }
+            if (!moved.isEmpty()) {
+                Transaction transaction(m_database);
+                store.setNextRuns(moved);
+                transaction.commit();
+            }
+        } catch (const QString& text) {
+            TWL::TwlDebug("TWB").warning() << "The scheduler could not record the first pass:" << text;
+            start.done = start.due.size();
+        }
+    }
+    for (const QUuid& id : qAsConst(changed))
+        Q_EMIT notification(QLatin1String(Type::PlanUpdated), {{QStringLiteral("id"), id.toString()}});
+    if (start.done < start.due.size()) {
+        // A timer, not a queued call: queued calls go before the sockets, timers after them.
+        QTimer::singleShot(1, this, &Scheduler::continueStart);
+        return;
+    }
+    m_startPass.reset();
+    arm();
+}
+
+void Scheduler::pass()
 {
     const QDateTime now = m_clock();
     // A clock that went back since the last pass, or one that was wrong when the times were
@@ -116,7 +234,7 @@ void Scheduler::pass(bool atStart)
     const bool movedBack = m_lastPass.isValid() && now < m_lastPass.addSecs(-2);
     m_lastPass = now;
     QList<QUuid> changed;
-    if (atStart || movedBack)
+    if (movedBack)
         changed = settle(now);
     QSet<QUuid> noted(changed.cbegin(), changed.cend());
     try {
@@ -125,39 +243,7 @@ void Scheduler::pass(bool atStart)
         NextRuns memo(now);
         QVector<PlanStore::NextRuns> moved;
         for (const PlanRecord& plan : plans) {
-            const bool due = plan.nextRun.isValid() && plan.nextRun <= now;
-            const bool fullDue = plan.nextRunFull.isValid() && plan.nextRunFull <= now;
-            if (!due && !fullDue)
-                continue;
-            ScheduleTiming timing;
-            QDateTime next;
-            QDateTime nextFull = plan.nextRunFull;
-            if (!timingOf(store, plan, &timing) || !nextRunsOf(timing, memo, &next, &nextFull))
-                continue;
-            // A time that passed while the service was down counts only for plans that ask for it.
-            const bool run = !atStart || timing.runMissed;
-            if (run && m_engine.isRunning(plan.id)) {
-                TWL::TwlDebug("TWB").info() << "Plan" << plan.id.toString() << "is due but runs already";
-            } else if (run) {
-                try {
-                    TWL::TwlDebug("TWB").info()
-                        << (atStart ? "Running the missed plan" : "Running the scheduled plan") << plan.id.toString();
-                    // Due while the service was down, or long before this pass (the machine slept): late.
-                    const QDateTime dueAt = due ? plan.nextRun : plan.nextRunFull;
-                    const bool late = atStart || dueAt.secsTo(now) > lateAfterSeconds;
-                    m_engine.start(plan.id, fullDue, true, late ? dueAt : QDateTime());
-                } catch (const QString& text) {
-                    // A run that could not start is a result of its own: the plan list shows it.
-                    try {
-                        m_engine.recordRefused(plan.id, text);
-                    } catch (const QString& why) {
-                        TWL::TwlDebug("TWB").warning()
-                            << "Cannot record the refused run of" << plan.id.toString() << ":" << why;
-                    }
-                }
-            }
-            moved.append({plan.id, next, nextFull});
-            if (!noted.contains(plan.id)) {
+            if (runIfDue(m_engine, store, plan, now, false, memo, moved) && !noted.contains(plan.id)) {
                 noted.insert(plan.id);
                 changed << plan.id;
             }
@@ -177,6 +263,9 @@ void Scheduler::pass(bool atStart)
 
 void Scheduler::arm()
 {
+    // The first pass arms the timer when it ends: a timer pass before would run what it skips.
+    if (m_startPass)
+        return;
     QDateTime earliest;
     try {
         const QList<PlanRecord> plans = PlanStore(m_database).all();

@@ -7,14 +7,12 @@
 #include <QUuid>
 
 #include <functional>
+#include <memory>
 
 namespace TWB::Service {
 
 class Database;
 class Engine;
-class PlanStore;
-struct PlanRecord;
-struct ScheduleTiming;
 
 /// Starts plans when their schedule says so, and full backups when the full-backup schedule does.
 /// It owns "NextRun" and "NextRunFull" of the store: when a time passes, the plan runs (unless it
@@ -29,11 +27,16 @@ public:
     using Clock = std::function<QDateTime()>;
 
     Scheduler(Database& database, Engine& engine, QObject* parent = nullptr);
+    ~Scheduler() override;
 
     void setClock(Clock clock) { m_clock = std::move(clock); }
 
-    /// The pass at the service's start, then the timer.
+    /// The pass at the service's start, then the timer. The pass runs from the event loop in
+    /// slices of a few milliseconds: after the machine was off, it moves thousands of next runs, and
+    /// commands are answered between the slices.
     void start();
+    /// The first pass is under way.
+    bool isStarting() const { return m_startPass != nullptr; }
     /// Plans changed: the timer is set for the new earliest time.
     void plansChanged();
 
@@ -45,20 +48,22 @@ Q_SIGNALS:
     void notification(const QString& type, const QJsonObject& data);
 
 private:
-    /// Starts what is due at `now`; at the service's start, missed plans decide for themselves.
-    void pass(bool atStart);
+    struct StartPass;
+    /// The next slice of the first pass: missed plans decide for themselves whether they run.
+    void continueStart();
+    /// Starts what is due now.
+    void pass();
     void arm();
     /// After the clock moved back, stored times can lie further ahead than the schedules allow:
     /// those are computed again from now. Returns the plans whose times changed.
     QList<QUuid> settle(const QDateTime& now);
-    /// The plan's timing as the store keeps it, or read from its document when the store has none.
-    bool timingOf(PlanStore& store, const PlanRecord& plan, ScheduleTiming* timing);
 
     Database& m_database;
     Engine& m_engine;
     QTimer m_timer;
     Clock m_clock;
     QDateTime m_lastPass;
+    std::unique_ptr<StartPass> m_startPass;
 };
 
 } // namespace TWB::Service

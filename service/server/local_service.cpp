@@ -8,7 +8,6 @@
 #include "service/commands/notice_commands.h"
 #include "service/commands/engine_commands.h"
 #include "service/store/database.h"
-#include "service/store/transaction.h"
 #include "service/engine/engine.h"
 #include "service/engine/run_mailer.h"
 #include "service/commands/history_commands.h"
@@ -137,15 +136,7 @@ bool LocalService::start(const QString& socketPath, const QString& dataDir, QStr
             *error = text;
         return false;
     }
-    try {
-        // After the machine was off, the first pass moves every missed plan's next run: one durable
-        // commit for all of them rather than one each, which kept the first commands waiting for seconds.
-        Transaction startPass(*m_database);
-        m_scheduler->start();
-        startPass.commit();
-    } catch (const QString& text) {
-        TWL::TwlDebug("TWB").warning() << "Cannot record the schedule's first pass:" << text;
-    }
+    m_scheduler->start();
     return true;
 }
 

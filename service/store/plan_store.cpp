@@ -5,7 +5,6 @@
 #include "service/store/store_time.h"
 
 #include <QHash>
-#include <QMap>
 #include <QVector>
 
 #include <algorithm>
@@ -121,6 +120,12 @@ PlanListCache& PlanStore::list()
     fresh->reindex();
     cache = std::move(fresh);
     return *cache;
+}
+
+std::optional<PlanRecord> PlanStore::listed(const QUuid& id)
+{
+    const PlanRecord* plan = list().find(id);
+    return plan ? std::optional<PlanRecord>(*plan) : std::nullopt;
 }
 
 PlanListCache* PlanStore::kept()
@@ -277,28 +282,16 @@ void PlanStore::setNextRuns(const QVector<NextRuns>& runs)
 {
     if (runs.isEmpty())
         return;
-    // Plans made alike move to the same times: one statement for each pair of times and each few
-    // hundred plans, rather than one for each plan.
-    QMap<QPair<QString, QString>, QStringList> byTimes;
-    for (const NextRuns& run : runs)
-        byTimes[{StoreTime::toText(run.nextRun), StoreTime::toText(run.nextRunFull)}] << run.id.toString();
-    constexpr int batch = 500;
-    for (auto group = byTimes.cbegin(); group != byTimes.cend(); ++group) {
-        const QStringList& ids = group.value();
-        for (int from = 0; from < ids.size(); from += batch) {
-            const int count = std::min(batch, int(ids.size()) - from);
-            QStringList marks;
-            for (int i = 0; i < count; ++i)
-                marks << QStringLiteral("?");
-            QSqlQuery query = m_database.prepare(
-                QStringLiteral("UPDATE plan_timings SET next_run_utc = ?, next_run_full_utc = ? WHERE plan_id IN (%1)")
-                    .arg(marks.join(QLatin1Char(','))));
-            query.addBindValue(Database::text(group.key().first));
-            query.addBindValue(Database::text(group.key().second));
-            for (int i = 0; i < count; ++i)
-                query.addBindValue(Database::text(ids.at(from + i)));
-            m_database.exec(query);
-        }
+    // A pass after a long sleep moves thousands of plans, each to times of its own. One statement
+    // prepared once: Qt takes milliseconds to prepare a statement of a few hundred values, far more
+    // than SQLite takes to run a short one again.
+    QSqlQuery query = m_database.prepare(
+        QStringLiteral("UPDATE plan_timings SET next_run_utc = ?, next_run_full_utc = ? WHERE plan_id = ?"));
+    for (const NextRuns& run : runs) {
+        query.addBindValue(Database::text(StoreTime::toText(run.nextRun)));
+        query.addBindValue(Database::text(StoreTime::toText(run.nextRunFull)));
+        query.addBindValue(Database::text(run.id.toString()));
+        m_database.exec(query);
     }
     if (PlanListCache* cache = kept()) {
         for (const NextRuns& run : runs) {

@@ -59,6 +59,8 @@ public:
     /// Every plan, oldest first, without the XML, which listings do not need. Kept between calls on
     /// the connection, so that a list of thousands of plans is read from the file once.
     QList<PlanRecord> all();
+    /// One plan of the kept list, without the XML.
+    std::optional<PlanRecord> listed(const QUuid& id);
     /// One plan with its XML, deciphered.
     std::optional<PlanRecord> find(const QUuid& id);
     int count();

@@ -327,6 +327,7 @@ private Q_SLOTS:
         const QDateTime stored = PlanStore(database).find(ahead)->nextRun;
         QVERIFY(stored > real.addDays(29));
         scheduler.start();
+        QTRY_VERIFY(!scheduler.isStarting());
         QCOMPARE(PlanStore(database).find(ahead)->nextRun, stored);
 
         // The clock is set right; a plan that is due makes the scheduler look at once. It cannot
@@ -354,6 +355,73 @@ private Q_SLOTS:
         ScheduleTiming kept;
         QVERIFY(ScheduleTiming::read(row->timing, &kept));
         QCOMPARE(row->timing, PlanStore(database).find(timed)->timing);
+    }
+
+    // After the machine was off, the first pass moves thousands of next runs: in slices, between
+    // which the event loop serves commands, and without undoing what a command saved meanwhile.
+    void firstPassGoesInSlicesAndKeepsWhatCommandsSave()
+    {
+        using namespace TWB::Service;
+        QTemporaryDir data;
+        QVERIFY(data.isValid());
+        qputenv("TWB_DATA_DIR", QFile::encodeName(data.path()));
+        QVERIFY(SHARED::cryptNS::ensure_local_key());
+        Database database(data.path() + QStringLiteral("/service.db"));
+        database.open();
+        Engine engine(database, data.path());
+        const QDateTime now = QDateTime::fromSecsSinceEpoch(QDateTime::currentSecsSinceEpoch(), Qt::UTC);
+        const QDateTime hourAgo = now.addSecs(-3600);
+        QVector<QUuid> plans;
+        {
+            PlanStore store(database);
+            Transaction transaction(database);
+            for (int i = 0; i < 6000; ++i) {
+                TWB::Info::Plan::BackupFile plan;
+                plan.setId(QUuid::createUuid());
+                plan.setName(QStringLiteral("Plan %1").arg(i));
+                daily(QTime(i % 24, i % 60))(plan.schedule());
+                PlanRecord record;
+                record.id = plan.id();
+                record.name = plan.name();
+                record.xml = plan.toXml();
+                record.timing = ScheduleTiming::of(plan);
+                record.nextRun = hourAgo;
+                store.save(record);
+                plans << record.id;
+            }
+            transaction.commit();
+        }
+        Scheduler scheduler(database, engine);
+        scheduler.setClock([now] { return now; });
+        scheduler.start();
+        // Nothing is done before the event loop runs.
+        QCOMPARE(PlanStore(database).find(plans.last())->nextRun, hourAgo);
+        const auto movedCount = [&] {
+            int moved = 0;
+            for (const PlanRecord& plan : PlanStore(database).all())
+                moved += plan.nextRun > now;
+            return moved;
+        };
+        int moved = 0;
+        while (scheduler.isStarting() && (moved = movedCount()) == 0)
+            QTest::qWait(1);
+        QVERIFY2(scheduler.isStarting() && moved < plans.size(),
+            qPrintable(QStringLiteral("one slice moved %1 of %2 plans").arg(moved).arg(plans.size())));
+        // A command saves the last plan between two slices.
+        const QDateTime saved = now.addDays(3);
+        {
+            Transaction transaction(database);
+            PlanStore(database).setNextRun(plans.last(), saved, QDateTime());
+            transaction.commit();
+        }
+        QTRY_VERIFY(!scheduler.isStarting());
+        QCOMPARE(movedCount(), plans.size());
+        QCOMPARE(PlanStore(database).find(plans.last())->nextRun, saved);
+        Schedule midnight;
+        daily(QTime(0, 0))(midnight);
+        QCOMPARE(PlanStore(database).find(plans.first())->nextRun, NextRun::after(midnight, now));
+        // Missed times do not run plans that do not ask for it.
+        QVERIFY(HistoryStore(database).runs(plans.first(), QDateTime(), 0, 10).isEmpty());
     }
 };
 
