@@ -229,8 +229,7 @@ void Scheduler::continueStart()
 void Scheduler::pass()
 {
     const QDateTime now = m_clock();
-    // A clock that went back since the last pass, or one that was wrong when the times were
-    // stored before the service's start, leaves times the schedules would not give now.
+    // A clock that went back since the last pass leaves times the schedules would not give now.
     const bool movedBack = m_lastPass.isValid() && now < m_lastPass.addSecs(-2);
     m_lastPass = now;
     QList<QUuid> changed;
