@@ -3,7 +3,23 @@
 #include <QJsonDocument>
 #include <QJsonParseError>
 
+#include <algorithm>
+#include <cctype>
+
 namespace TWB::Common::Communication {
+
+void JsonLineBuffer::readFrom(QIODevice& device)
+{
+    for (qint64 available = device.bytesAvailable(); available > 0; available = device.bytesAvailable()) {
+        const int before = m_buffer.size();
+        const int wanted = int(qMin<qint64>(available, m_maxLine + 1));
+        m_buffer.resize(before + wanted);
+        const qint64 got = device.read(m_buffer.data() + before, wanted);
+        m_buffer.resize(before + int(qMax<qint64>(got, 0)));
+        if (got <= 0)
+            return;
+    }
+}
 
 JsonLineBuffer::Result JsonLineBuffer::next(QJsonObject* message, QString* error)
 {
@@ -19,15 +35,17 @@ JsonLineBuffer::Result JsonLineBuffer::next(QJsonObject* message, QString* error
                 return failWith(error, QStringLiteral("unterminated line exceeds the limit"));
             return Result::NeedMore;
         }
-        const QByteArray line = m_buffer.mid(m_start, newline - m_start);
+        // The line is parsed where it lies: a reply of megabytes is not copied first.
+        const char* begin = m_buffer.constData() + m_start;
+        const int length = newline - m_start;
         m_start = newline + 1;
         m_scanned = 0;
-        if (line.size() > m_maxLine)
-            return failWith(error, QStringLiteral("line of %1 bytes exceeds the limit").arg(line.size()));
-        if (line.trimmed().isEmpty())
+        if (length > m_maxLine)
+            return failWith(error, QStringLiteral("line of %1 bytes exceeds the limit").arg(length));
+        if (std::all_of(begin, begin + length, [](char c) { return std::isspace(static_cast<unsigned char>(c)); }))
             continue;
         QJsonParseError parseError;
-        const QJsonDocument doc = QJsonDocument::fromJson(line, &parseError);
+        const QJsonDocument doc = QJsonDocument::fromJson(QByteArray::fromRawData(begin, length), &parseError);
         if (parseError.error != QJsonParseError::NoError)
             return failWith(error, QStringLiteral("line is not JSON: %1").arg(parseError.errorString()));
         if (!doc.isObject())

@@ -3,6 +3,7 @@
 #include "platform/twbplatform_export.h"
 
 #include <QByteArray>
+#include <QIODevice>
 #include <QJsonObject>
 #include <QString>
 
@@ -19,6 +20,9 @@ public:
     static constexpr qint64 maxLineSize() { return qint64(64) * 1024 * 1024; }
 
     void append(const QByteArray& bytes) { m_buffer.append(bytes); }
+    /// Reads what the device holds straight onto the end of the buffer, sparing a large reply the
+    /// copies that readAll() and append() would make of it.
+    void readFrom(QIODevice& device);
     /// Takes the next whole line. `Message` fills `message`; `NeedMore` means no whole line is there;
     /// `Error` fills `error` with what is wrong: a line that is not a JSON object, or one longer than the
     /// limit, finished or not. After an error the buffer is empty and must not be used again.

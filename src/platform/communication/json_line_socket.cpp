@@ -42,7 +42,7 @@ void JsonLineSocket::onReadyRead()
 {
     if (!m_socket || m_failed || m_paused)
         return;
-    m_lines.append(m_socket->readAll());
+    m_lines.readFrom(*m_socket);
     while (!m_failed && !m_paused) {
         QJsonObject message;
         QString error;
