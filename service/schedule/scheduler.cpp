@@ -34,6 +34,11 @@ Scheduler::Scheduler(Database& database, Engine& engine, QObject* parent)
     m_timer.setSingleShot(true);
     m_timer.setTimerType(Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, &Scheduler::pass);
+    // Saved plans move the timer a moment later, once for a burst (an import saves thousands), and
+    // after the reply of the save has gone out: finding the earliest time reads every plan.
+    m_rearm.setSingleShot(true);
+    m_rearm.setInterval(20);
+    connect(&m_rearm, &QTimer::timeout, this, &Scheduler::arm);
 }
 
 Scheduler::~Scheduler() = default;
@@ -49,7 +54,8 @@ void Scheduler::start()
 
 void Scheduler::plansChanged()
 {
-    arm();
+    if (!m_rearm.isActive())
+        m_rearm.start();
 }
 
 namespace {

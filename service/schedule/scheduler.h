@@ -61,6 +61,7 @@ private:
     Database& m_database;
     Engine& m_engine;
     QTimer m_timer;
+    QTimer m_rearm;
     Clock m_clock;
     QDateTime m_lastPass;
     std::unique_ptr<StartPass> m_startPass;
