@@ -162,7 +162,23 @@ bool runIfDue(Engine& engine, PlanStore& store, const PlanRecord& plan, const QD
     return true;
 }
 
+/// Moved next runs, with one durable commit.
+void recordNextRuns(Database& database, PlanStore& store, const QVector<PlanStore::NextRuns>& moved)
+{
+    if (moved.isEmpty())
+        return;
+    Transaction transaction(database);
+    store.setNextRuns(moved);
+    transaction.commit();
+}
+
 } // namespace
+
+void Scheduler::tellUpdated(const QList<QUuid>& plans)
+{
+    for (const QUuid& id : plans)
+        Q_EMIT notification(QLatin1String(Type::PlanUpdated), {{QStringLiteral("id"), id.toString()}});
+}
 
 /// The first pass, done a slice at a time.
 struct Scheduler::StartPass
@@ -211,18 +227,13 @@ void Scheduler::continueStart()
                 if (plan && runIfDue(m_engine, store, *plan, start.now, true, start.memo, moved))
                     changed << plan->id;
             }
-            if (!moved.isEmpty()) {
-                Transaction transaction(m_database);
-                store.setNextRuns(moved);
-                transaction.commit();
-            }
+            recordNextRuns(m_database, store, moved);
         } catch (const QString& text) {
             TWL::TwlDebug("TWB").warning() << "The scheduler could not record the first pass:" << text;
             start.done = start.due.size();
         }
     }
-    for (const QUuid& id : qAsConst(changed))
-        Q_EMIT notification(QLatin1String(Type::PlanUpdated), {{QStringLiteral("id"), id.toString()}});
+    tellUpdated(changed);
     if (start.done < start.due.size()) {
         // A timer, not a queued call: queued calls go before the sockets, timers after them.
         QTimer::singleShot(1, this, &Scheduler::continueStart);
@@ -253,16 +264,11 @@ void Scheduler::pass()
                 changed << plan.id;
             }
         }
-        if (!moved.isEmpty()) {
-            Transaction transaction(m_database);
-            store.setNextRuns(moved);
-            transaction.commit();
-        }
+        recordNextRuns(m_database, store, moved);
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << "The scheduler could not read the plans:" << text;
     }
-    for (const QUuid& id : qAsConst(changed))
-        Q_EMIT notification(QLatin1String(Type::PlanUpdated), {{QStringLiteral("id"), id.toString()}});
+    tellUpdated(changed);
     arm();
 }
 
@@ -321,11 +327,7 @@ QList<QUuid> Scheduler::settle(const QDateTime& now)
             moved.append({plan.id, next, nextFull});
             changed << plan.id;
         }
-        if (!moved.isEmpty()) {
-            Transaction transaction(m_database);
-            store.setNextRuns(moved);
-            transaction.commit();
-        }
+        recordNextRuns(m_database, store, moved);
     } catch (const QString& text) {
         TWL::TwlDebug("TWB").warning() << "The scheduler could not read the plans:" << text;
     }

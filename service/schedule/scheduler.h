@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QJsonObject>
+#include <QList>
 #include <QObject>
 #include <QTimer>
 #include <QUuid>
@@ -54,6 +55,8 @@ private:
     /// Starts what is due now.
     void pass();
     void arm();
+    /// Tells the consoles that these plans' next runs moved.
+    void tellUpdated(const QList<QUuid>& plans);
     /// After the clock moved back, stored times can lie further ahead than the schedules allow:
     /// those are computed again from now. Returns the plans whose times changed.
     QList<QUuid> settle(const QDateTime& now);

@@ -17,6 +17,7 @@
 
 #include <ctime>
 #include <functional>
+#include <memory>
 #include <vector>
 
 using TWB::Info::Plan::Schedule;
@@ -93,6 +94,27 @@ Setup dayOfMonth(int day)
         s.setDayOfMonthFrequency(day);
     };
 }
+
+// A real store and engine in a folder of the test's own, for a scheduler in this process.
+struct LocalStore
+{
+    QTemporaryDir data;
+    std::unique_ptr<TWB::Service::Database> database;
+    std::unique_ptr<TWB::Service::Engine> engine;
+
+    bool open()
+    {
+        if (!data.isValid())
+            return false;
+        qputenv("TWB_DATA_DIR", QFile::encodeName(data.path()));
+        if (!SHARED::cryptNS::ensure_local_key())
+            return false;
+        database = std::make_unique<TWB::Service::Database>(data.path() + QStringLiteral("/service.db"));
+        database->open();
+        engine = std::make_unique<TWB::Service::Engine>(*database, data.path());
+        return true;
+    }
+};
 
 } // namespace
 
@@ -289,13 +311,10 @@ private Q_SLOTS:
     void clockGoneBackBringsStoredRunsNearAndRefusedRunsAreRecorded()
     {
         using namespace TWB::Service;
-        QTemporaryDir data;
-        QVERIFY(data.isValid());
-        qputenv("TWB_DATA_DIR", QFile::encodeName(data.path()));
-        QVERIFY(SHARED::cryptNS::ensure_local_key());
-        Database database(data.path() + QStringLiteral("/service.db"));
-        database.open();
-        Engine engine(database, data.path());
+        LocalStore place;
+        QVERIFY(place.open());
+        Database& database = *place.database;
+        Engine& engine = *place.engine;
         Scheduler scheduler(database, engine);
         // The clock stood a month ahead when the service started.
         const QDateTime real = QDateTime::currentDateTimeUtc();
@@ -362,13 +381,10 @@ private Q_SLOTS:
     void firstPassGoesInSlicesAndKeepsWhatCommandsSave()
     {
         using namespace TWB::Service;
-        QTemporaryDir data;
-        QVERIFY(data.isValid());
-        qputenv("TWB_DATA_DIR", QFile::encodeName(data.path()));
-        QVERIFY(SHARED::cryptNS::ensure_local_key());
-        Database database(data.path() + QStringLiteral("/service.db"));
-        database.open();
-        Engine engine(database, data.path());
+        LocalStore place;
+        QVERIFY(place.open());
+        Database& database = *place.database;
+        Engine& engine = *place.engine;
         const QDateTime now = QDateTime::fromSecsSinceEpoch(QDateTime::currentSecsSinceEpoch(), Qt::UTC);
         const QDateTime hourAgo = now.addSecs(-3600);
         QVector<QUuid> plans;
