@@ -107,6 +107,12 @@ bool nextRunsOf(const ScheduleTiming& timing, NextRuns& memo, QDateTime* next, Q
     return true;
 }
 
+/// One of the plan's times has passed by `now`.
+bool isDue(const PlanRecord& plan, const QDateTime& now)
+{
+    return (plan.nextRun.isValid() && plan.nextRun <= now) || (plan.nextRunFull.isValid() && plan.nextRunFull <= now);
+}
+
 /// The plan's timing as the store keeps it, or read from its document when the store has none.
 bool timingOf(PlanStore& store, const PlanRecord& plan, ScheduleTiming* timing)
 {
@@ -128,10 +134,10 @@ bool timingOf(PlanStore& store, const PlanRecord& plan, ScheduleTiming* timing)
 bool runIfDue(Engine& engine, PlanStore& store, const PlanRecord& plan, const QDateTime& now, bool atStart,
     NextRuns& memo, QVector<PlanStore::NextRuns>& moved)
 {
+    if (!isDue(plan, now))
+        return false;
     const bool due = plan.nextRun.isValid() && plan.nextRun <= now;
     const bool fullDue = plan.nextRunFull.isValid() && plan.nextRunFull <= now;
-    if (!due && !fullDue)
-        return false;
     ScheduleTiming timing;
     QDateTime next;
     QDateTime nextFull = plan.nextRunFull;
@@ -206,8 +212,7 @@ void Scheduler::continueStart()
         try {
             const QList<PlanRecord> plans = PlanStore(m_database).all();
             for (const PlanRecord& plan : plans) {
-                if ((plan.nextRun.isValid() && plan.nextRun <= start.now)
-                    || (plan.nextRunFull.isValid() && plan.nextRunFull <= start.now))
+                if (isDue(plan, start.now))
                     start.due.append(plan.id);
             }
         } catch (const QString& text) {
